@@ -1,0 +1,71 @@
+#pragma once
+// Hashing of model values. Every model type has a free function
+// `std::size_t hashValue(const T&)` found by argument-dependent look-up, so
+// that equal values hash alike; `Hash` adapts it for unordered containers.
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orvane::core {
+
+inline void hashCombine(std::size_t& seed, std::size_t v) {
+  // 64-bit variant of the boost combiner.
+  seed ^= v + 0x9e3779b97f4a7c15ULL + (seed << 12) + (seed >> 4);
+}
+
+inline std::size_t hashValue(double v) {
+  if (v == 0.0) v = 0.0;  // -0.0 equals 0.0, so both must hash alike
+  return std::hash<std::uint64_t>{}(std::bit_cast<std::uint64_t>(v));
+}
+inline std::size_t hashValue(bool v) { return v ? 0x51ed27ULL : 0x2f9b1ULL; }
+inline std::size_t hashValue(std::int64_t v) { return std::hash<std::int64_t>{}(v); }
+inline std::size_t hashValue(std::int32_t v) { return std::hash<std::int32_t>{}(v); }
+inline std::size_t hashValue(std::string_view v) { return std::hash<std::string_view>{}(v); }
+inline std::size_t hashValue(const std::string& v) { return std::hash<std::string_view>{}(v); }
+
+template <class T>
+std::size_t hashValue(const std::optional<T>& v) {
+  return v ? hashValue(*v) ^ 0x7f4a7c15ULL : 0x3c6ef372ULL;
+}
+
+template <class T>
+std::size_t hashValue(const std::vector<T>& v) {
+  std::size_t seed = v.size();
+  for (const auto& e : v) hashCombine(seed, hashValue(e));
+  return seed;
+}
+
+template <class K, class V>
+std::size_t hashValue(const std::map<K, V>& m) {
+  std::size_t seed = m.size();
+  for (const auto& [k, v] : m) {
+    hashCombine(seed, hashValue(k));
+    hashCombine(seed, hashValue(v));
+  }
+  return seed;
+}
+
+// Hashes each argument in turn into one seed.
+template <class... Ts>
+std::size_t hashAll(const Ts&... values) {
+  std::size_t seed = 0;
+  (hashCombine(seed, hashValue(values)), ...);
+  return seed;
+}
+
+// Hash functor for unordered containers of model values.
+struct Hash {
+  template <class T>
+  std::size_t operator()(const T& v) const {
+    return hashValue(v);
+  }
+};
+
+}  // namespace orvane::core
