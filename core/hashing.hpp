@@ -4,6 +4,7 @@
 // that equal values hash alike; `Hash` adapts it for unordered containers.
 
 #include <bit>
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -25,8 +26,11 @@ inline std::size_t hashValue(double v) {
   return std::hash<std::uint64_t>{}(std::bit_cast<std::uint64_t>(v));
 }
 inline std::size_t hashValue(bool v) { return v ? 0x51ed27ULL : 0x2f9b1ULL; }
-inline std::size_t hashValue(std::int64_t v) { return std::hash<std::int64_t>{}(v); }
-inline std::size_t hashValue(std::int32_t v) { return std::hash<std::int32_t>{}(v); }
+template <std::integral T>
+  requires(!std::same_as<T, bool>)
+std::size_t hashValue(T v) {
+  return std::hash<T>{}(v);
+}
 inline std::size_t hashValue(std::string_view v) { return std::hash<std::string_view>{}(v); }
 inline std::size_t hashValue(const std::string& v) { return std::hash<std::string_view>{}(v); }
 

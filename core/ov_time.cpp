@@ -75,6 +75,11 @@ std::strong_ordering operator<=>(const OVTime& a, const OVTime& b) {
 }
 
 std::size_t hashValue(const OVTime& t) {
+  // Hashing never stops the program: a time too large for the default
+  // timescale (only absurd values read from a file) hashes its float form.
+  const double scaled = static_cast<double>(t.value) * OVTime::defaultTimescale / t.timescale;
+  const double rounded = roundHalfAway(scaled);
+  if (rounded >= 9223372036854775808.0 || rounded < -9223372036854775808.0) return hashValue(rounded);
   return std::hash<std::int64_t>{}(ticksAt(t, OVTime::defaultTimescale));
 }
 

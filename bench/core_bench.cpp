@@ -1,0 +1,183 @@
+// Benchmarks of the core model: property evaluation on the render path,
+// snapshot cost of large projects, and the per-frame layer query.
+//
+// Prints the 1,000-layer to 10-layer ratio of the snapshot benchmark and
+// exits non-zero when it misses its target (10x) or when evaluation
+// allocates.
+
+#include <benchmark/benchmark.h>
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <new>
+#include <string>
+
+#include "core/animated_property.hpp"
+#include "core/project.hpp"
+
+// ------------------------------------------------------ allocation counter
+
+namespace {
+std::atomic<std::size_t> gAllocations{0};
+}
+
+void* operator new(std::size_t size) {
+  gAllocations.fetch_add(1, std::memory_order_relaxed);
+  if (void* p = std::malloc(size ? size : 1)) return p;
+  throw std::bad_alloc();
+}
+void operator delete(void* p) noexcept { std::free(p); }
+void operator delete(void* p, std::size_t) noexcept { std::free(p); }
+
+namespace {
+
+using namespace orvane::core;
+
+const FrameRate kRate = FrameRate::fps30;
+
+// 20 keys one second apart, alternating values, in the given mode.
+AnimatedProperty makeDoubleProperty(InterpolationMode mode, int keys = 20) {
+  AnimatedProperty p = AnimatedProperty::double_(0);
+  std::vector<Keyframe> list;
+  for (int i = 0; i < keys; ++i) {
+    list.emplace_back(kRate.timeForFrame(i * 30), PropertyValue::double_(i % 2 ? 100 : 0), mode,
+                      BezierHandles::overshoot);
+  }
+  p.setKeyframes(std::move(list));
+  return p;
+}
+
+AnimatedProperty makePointProperty(int keys = 20) {
+  AnimatedProperty p = AnimatedProperty::point(0, 0);
+  for (int i = 0; i < keys; ++i) {
+    p.upsertKeyframe(PropertyValue::point(i * 40.0, (i % 3) * 90.0), kRate.timeForFrame(i * 30),
+                     InterpolationMode::easeInOut);
+  }
+  return p;
+}
+
+// Evaluates at 97 times spread over the keys, so every segment is visited.
+template <class Read>
+void evaluate(benchmark::State& state, const AnimatedProperty& property, Read read) {
+  constexpr int kSamples = 97;
+  OVTime times[kSamples];
+  for (int i = 0; i < kSamples; ++i) times[i] = OVTime::fromSeconds(19.0 * i / kSamples + 0.013);
+  const std::size_t before = gAllocations.load();
+  std::int64_t calls = 0;
+  for (auto _ : state) {
+    for (const OVTime& t : times) benchmark::DoNotOptimize(read(property, t));
+    calls += kSamples;
+  }
+  const double allocationsPerCall = static_cast<double>(gAllocations.load() - before) / static_cast<double>(calls);
+  state.counters["allocs/call"] = allocationsPerCall;
+  state.counters["ns/call"] = benchmark::Counter(static_cast<double>(calls),
+                                                 benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+  if (allocationsPerCall > 0) state.SkipWithError("value evaluation allocated on the heap");
+}
+
+void BM_ValueAtBezier20(benchmark::State& state) {
+  const AnimatedProperty property = makeDoubleProperty(InterpolationMode::bezier);
+  evaluate(state, property, [](const AnimatedProperty& p, const OVTime& t) { return p.doubleValueAt(t); });
+}
+BENCHMARK(BM_ValueAtBezier20);
+
+void BM_ValueAtSpatialPoint20(benchmark::State& state) {
+  const AnimatedProperty property = makePointProperty();
+  evaluate(state, property, [](const AnimatedProperty& p, const OVTime& t) { return p.pointValueAt(t).x; });
+}
+BENCHMARK(BM_ValueAtSpatialPoint20);
+
+// ---------------------------------------------------------- project snapshots
+
+Layer makeAnimatedLayer(int index) {
+  Layer layer("Solid " + std::to_string(index), LayerContent::solid({OVColor::white, {200, 200}}),
+              OVTimeRange(OVTime::zero, OVTime::fromSeconds(20)));
+  for (auto channel : allCases<LayerTransform::Channel>()) {
+    const bool isPoint = channel == LayerTransform::Channel::position || channel == LayerTransform::Channel::scale ||
+                         channel == LayerTransform::Channel::anchorPoint;
+    layer.transform[channel] = isPoint ? makePointProperty() : makeDoubleProperty(InterpolationMode::linear);
+  }
+  for (auto edge : allCases<LayerCrop::Edge>()) layer.crop[edge] = makeDoubleProperty(InterpolationMode::easeIn);
+  return layer;  // 6 transform channels + 4 crop edges: 10 properties of 20 keys
+}
+
+OVProject makeProject(int layerCount) {
+  Composition composition;
+  std::vector<Layer> layers;
+  // Every layer owns its keyframe storage, as separately animated layers do.
+  for (int i = 0; i < layerCount; ++i) layers.push_back(makeAnimatedLayer(i));
+  composition.layers = PersistentList<Layer>(layers);
+  return OVProject("Benchmark", {composition});
+}
+
+void BM_ProjectCopyCompareAfterChange(benchmark::State& state) {
+  const int layerCount = static_cast<int>(state.range(0));
+  const OVProject original = makeProject(layerCount);
+  const Uuid compositionID = original.compositions[0].id;
+  const Uuid changedLayer = original.compositions[0].layers[static_cast<std::size_t>(layerCount / 2)].id;
+  double rotation = 0;
+  for (auto _ : state) {
+    OVProject copy = original;
+    rotation += 1;
+    copy.updateComposition(compositionID, [&](Composition& c) {
+      c.update(changedLayer, [&](Layer& l) { l.transform.rotation.baseValue = PropertyValue::double_(rotation); });
+    });
+    const bool equal = copy == original;
+    benchmark::DoNotOptimize(equal);
+    if (equal) state.SkipWithError("a changed copy compared equal");
+  }
+}
+BENCHMARK(BM_ProjectCopyCompareAfterChange)->Arg(10)->Arg(1000);
+
+// ------------------------------------------------------------ layer queries
+
+void BM_VisibleVisualLayers1000(benchmark::State& state) {
+  const OVProject project = makeProject(1000);
+  const Composition& composition = project.compositions[0];
+  std::vector<const Layer*> visible;
+  const OVTime t = OVTime::fromSeconds(7.5);
+  for (auto _ : state) {
+    composition.visibleVisualLayersAt(t, visible);
+    benchmark::DoNotOptimize(visible.data());
+  }
+  state.counters["layers"] = static_cast<double>(visible.size());
+}
+BENCHMARK(BM_VisibleVisualLayers1000);
+
+// ------------------------------------------------------------ ratio report
+
+class RatioReporter : public benchmark::ConsoleReporter {
+ public:
+  void ReportRuns(const std::vector<Run>& runs) override {
+    for (const Run& run : runs) {
+      times[run.benchmark_name()] = run.GetAdjustedRealTime();
+      if (run.error_occurred) failed = true;
+    }
+    ConsoleReporter::ReportRuns(runs);
+  }
+  std::map<std::string, double> times;
+  bool failed = false;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+  RatioReporter reporter;
+  benchmark::RunSpecifiedBenchmarks(&reporter);
+  benchmark::Shutdown();
+
+  int status = reporter.failed ? 1 : 0;
+  const auto small = reporter.times.find("BM_ProjectCopyCompareAfterChange/10");
+  const auto large = reporter.times.find("BM_ProjectCopyCompareAfterChange/1000");
+  if (small != reporter.times.end() && large != reporter.times.end() && small->second > 0) {
+    const double ratio = large->second / small->second;
+    std::printf("\nSnapshot copy + == after one change: 10 layers %.0f ns, 1,000 layers %.0f ns, ratio %.2fx (target under 10x)\n",
+                small->second, large->second, ratio);
+    if (ratio >= 10) status = 1;
+  }
+  return status;
+}
