@@ -2,9 +2,11 @@
 // Rounding and checked integer arithmetic shared by the whole model. Rounding
 // to an integer is to nearest with halves away from zero throughout.
 
+#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <string>
 
 #include "core/fatal.hpp"
 
@@ -49,6 +51,17 @@ inline std::int64_t checkedMul(std::int64_t a, std::int64_t b) {
   std::int64_t r;
   if (__builtin_mul_overflow(a, b, &r)) fatalError(kIntegerOverflow);
   return r;
+}
+
+// Text of a number for people: whole numbers without a decimal point
+// ("1920"), others in their shortest exact form ("44100.5").
+inline std::string numberText(double v) {
+  if (std::isfinite(v) && v == std::trunc(v) && std::fabs(v) < 1e15) {
+    return std::to_string(static_cast<std::int64_t>(v));
+  }
+  char buffer[64];
+  const auto result = std::to_chars(buffer, buffer + sizeof buffer, v);
+  return std::string(buffer, result.ptr);
 }
 
 }  // namespace orvane::core

@@ -170,6 +170,8 @@ class PersistentList {
   friend bool operator==(const PersistentList& a, const PersistentList& b) {
     if (a.root_ == b.root_) return true;
     if (a.size() != b.size()) return false;
+    // An emptied list keeps a root with no chunks, while a new one has none.
+    if (a.size() == 0) return true;
     const auto& ca = a.root_->chunks;
     const auto& cb = b.root_->chunks;
     std::size_t ia = 0, oa = 0, ib = 0, ob = 0;

@@ -12,8 +12,9 @@ namespace orvane::core {
 namespace {
 
 std::string_view trimBlanks(std::string_view s) {
-  // Blanks and tabs only: the whitespace set without newlines.
-  constexpr std::string_view kBlanks = " \t\v\f";
+  // Blanks and tabs only: vertical tab and form feed break lines, so like
+  // newlines they are not trimmed.
+  constexpr std::string_view kBlanks = " \t";
   const auto first = s.find_first_not_of(kBlanks);
   if (first == std::string_view::npos) return {};
   const auto last = s.find_last_not_of(kBlanks);
@@ -21,7 +22,11 @@ std::string_view trimBlanks(std::string_view s) {
 }
 
 std::optional<std::int64_t> parseInt64(std::string_view s) {
-  if (!s.empty() && s.front() == '+') s.remove_prefix(1);  // a leading sign, like the platform parser
+  // One leading sign, like the platform parser: "+5" reads 5, "+-5" nothing.
+  if (!s.empty() && s.front() == '+') {
+    s.remove_prefix(1);
+    if (!s.empty() && s.front() == '-') return std::nullopt;
+  }
   std::int64_t v = 0;
   const auto [end, ec] = std::from_chars(s.data(), s.data() + s.size(), v);
   if (ec != std::errc() || end != s.data() + s.size() || s.empty()) return std::nullopt;
