@@ -225,16 +225,21 @@ void OVProject::syncPrecompositionLayerNamesFor(const Uuid& id, const std::strin
       [&](Composition& c) { c.layers.updateWhere(follows, [&](Layer& l) { l.name = newName; }); });
 }
 
-bool OVProject::wouldCreateCompositionCycle(const Uuid& hostID, const Uuid& nestedID) const {
-  if (hostID == nestedID) return true;
-  std::vector<Uuid> stack{nestedID};
+namespace {
+
+// Depth-first walk with an explicit stack from `start` through the nested
+// composition layers, each id once. visit(id, composition or null) returns
+// true to stop the walk; the result says whether it stopped.
+template <class Visit>
+bool walkNestedCompositions(const OVProject& project, const Uuid& start, Visit visit) {
+  std::vector<Uuid> stack{start};
   std::unordered_set<Uuid> visited;
   while (!stack.empty()) {
     const Uuid current = stack.back();
     stack.pop_back();
-    if (current == hostID) return true;
     if (!visited.insert(current).second) continue;
-    const Composition* c = composition(current);
+    const Composition* c = project.composition(current);
+    if (visit(current, c)) return true;
     if (c == nullptr) continue;
     for (const Layer& l : c->layers)
       if (auto nested = l.content.compositionID()) stack.push_back(*nested);
@@ -242,20 +247,18 @@ bool OVProject::wouldCreateCompositionCycle(const Uuid& hostID, const Uuid& nest
   return false;
 }
 
+}  // namespace
+
+bool OVProject::wouldCreateCompositionCycle(const Uuid& hostID, const Uuid& nestedID) const {
+  return walkNestedCompositions(*this, nestedID, [&](const Uuid& id, const Composition*) { return id == hostID; });
+}
+
 std::unordered_map<Uuid, const Composition*> OVProject::reachableCompositionsFrom(const Uuid& id) const {
   std::unordered_map<Uuid, const Composition*> reached;
-  std::vector<Uuid> stack{id};
-  std::unordered_set<Uuid> visited;
-  while (!stack.empty()) {
-    const Uuid current = stack.back();
-    stack.pop_back();
-    if (!visited.insert(current).second) continue;
-    const Composition* c = composition(current);
-    if (c == nullptr) continue;
-    reached.emplace(current, c);
-    for (const Layer& l : c->layers)
-      if (auto nested = l.content.compositionID()) stack.push_back(*nested);
-  }
+  walkNestedCompositions(*this, id, [&](const Uuid& current, const Composition* c) {
+    if (c != nullptr) reached.emplace(current, c);
+    return false;
+  });
   return reached;
 }
 

@@ -1,10 +1,11 @@
-// Layer queries, moves, trims and hashing.
+// Layer queries, hashing, and the walk over every animated property.
 
 #include "core/layer.hpp"
 
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <utility>
 #include <vector>
 
 #include "core/project.hpp"
@@ -14,76 +15,39 @@ namespace {
 
 OVTime secs(double s) { return OVTime::fromSeconds(s); }
 
-Layer videoLayer(double start, double duration, double sourceStart = 0) {
-  Layer layer("Clip", LayerContent::video(Uuid::make()), OVTimeRange(secs(start), secs(duration)));
-  layer.sourceStart = secs(sourceStart);
-  return layer;
-}
+Layer layerWith(LayerContent content) { return Layer("Layer", std::move(content), OVTimeRange(secs(0), secs(5))); }
 
-Layer layerOfKind(LayerKind kind) {
-  const OVTimeRange range(secs(0), secs(5));
-  switch (kind) {
-    case LayerKind::video: return Layer("V", LayerContent::video(Uuid::make()), range);
-    case LayerKind::audio: return Layer("A", LayerContent::audio(Uuid::make()), range);
-    case LayerKind::image: return Layer("I", LayerContent::image(Uuid::make()), range);
-    case LayerKind::text: return Layer("T", LayerContent::text({}), range);
-    case LayerKind::shape: return Layer("S", LayerContent::shape({}), range);
-    case LayerKind::solid: return Layer("So", LayerContent::solid({OVColor::white, {10, 10}}), range);
-    case LayerKind::adjustment: return Layer("Ad", LayerContent::adjustment({10, 10}), range);
-    case LayerKind::precomposition: return Layer("P", LayerContent::precomposition(Uuid::make()), range);
+TEST(LayerTest, KindDecidesLabelAudioContributionAndCompositionStructure) {
+  // Audio as is, without source audio, and muted; whether edits rebuild the media composition; the new label.
+  const Uuid id = Uuid::make();
+  using L = LayerLabelColor;
+  const struct { LayerContent content; bool plain, withoutSourceAudio, muted, structure; L label; } cases[] = {
+      {LayerContent::video(id), true, false, false, true, L::blue},  // only video listens to usesSourceAudio
+      {LayerContent::audio(id), true, true, false, true, L::green},
+      {LayerContent::precomposition(id), true, true, false, true, L::blue},
+      {LayerContent::image(id), false, false, false, true, L::purple},
+      {LayerContent::text({}), false, false, false, false, L::yellow},
+      {LayerContent::shape({}), false, false, false, false, L::teal},
+      {LayerContent::solid({OVColor::white, {10, 10}}), false, false, false, false, L::orange},
+      {LayerContent::adjustment({10, 10}), false, false, false, false, L::red}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(rawValue(c.content.kind()));
+    Layer layer = layerWith(c.content);
+    EXPECT_EQ(layer.labelColor, c.label);
+    EXPECT_EQ(layer.contributesAudio(), c.plain);
+    EXPECT_EQ(layer.affectsCompositionStructure(), c.structure);
+    layer.usesSourceAudio = false;
+    EXPECT_EQ(layer.contributesAudio(), c.withoutSourceAudio);
+    layer.usesSourceAudio = true;
+    layer.audio.isMuted = true;
+    EXPECT_EQ(layer.contributesAudio(), c.muted);
   }
-  return {};
-}
-
-// ------------------------------------------------------------------ queries
-
-TEST(LayerTest, NewLayerTakesTheSuggestedLabelColourOfItsKind) {
-  EXPECT_EQ(layerOfKind(LayerKind::video).labelColor, LayerLabelColor::blue);
-  EXPECT_EQ(layerOfKind(LayerKind::audio).labelColor, LayerLabelColor::green);
-  EXPECT_EQ(layerOfKind(LayerKind::text).labelColor, LayerLabelColor::yellow);
-  EXPECT_EQ(layerOfKind(LayerKind::adjustment).labelColor, LayerLabelColor::red);
-  const Layer plain;
-  EXPECT_EQ(plain.labelColor, LayerLabelColor::none);
-  EXPECT_TRUE(plain.isEnabled);
-  EXPECT_TRUE(plain.usesSourceAudio);
-  EXPECT_EQ(plain.textReveal.doubleValueAt(secs(0)), 100);
-}
-
-TEST(LayerTest, ContributesAudioFollowsKindMuteAndSourceAudio) {
-  Layer video = layerOfKind(LayerKind::video);
-  EXPECT_TRUE(video.contributesAudio());
-  video.usesSourceAudio = false;
-  EXPECT_FALSE(video.contributesAudio());
-
-  Layer audio = layerOfKind(LayerKind::audio);
-  audio.usesSourceAudio = false;  // only video layers listen to this switch
-  EXPECT_TRUE(audio.contributesAudio());
-
-  Layer nested = layerOfKind(LayerKind::precomposition);
-  nested.usesSourceAudio = false;
-  EXPECT_TRUE(nested.contributesAudio());
-
-  for (LayerKind kind : {LayerKind::video, LayerKind::audio, LayerKind::precomposition}) {
-    Layer muted = layerOfKind(kind);
-    muted.audio.isMuted = true;
-    EXPECT_FALSE(muted.contributesAudio()) << rawValue(kind);
-  }
-  for (LayerKind kind : {LayerKind::image, LayerKind::text, LayerKind::shape, LayerKind::solid,
-                         LayerKind::adjustment}) {
-    EXPECT_FALSE(layerOfKind(kind).contributesAudio()) << rawValue(kind);
-  }
-}
-
-TEST(LayerTest, OnlyFootageAndNestedCompositionsAffectStructure) {
-  for (LayerKind kind : allCases<LayerKind>()) {
-    const bool expected = kind == LayerKind::video || kind == LayerKind::audio ||
-                          kind == LayerKind::image || kind == LayerKind::precomposition;
-    EXPECT_EQ(layerOfKind(kind).affectsCompositionStructure(), expected) << rawValue(kind);
-  }
+  EXPECT_EQ(Layer{}.labelColor, LayerLabelColor::none);  // only new layers get the suggestion
 }
 
 TEST(LayerTest, ActivityAndSourceTimeFollowTheTimeRange) {
-  Layer layer = videoLayer(10, 5, 2);
+  Layer layer("Clip", LayerContent::video(Uuid::make()), OVTimeRange(secs(10), secs(5)));
+  layer.sourceStart = secs(2);
   EXPECT_FALSE(layer.isActiveAt(secs(9.99)));
   EXPECT_TRUE(layer.isActiveAt(secs(10)));
   EXPECT_FALSE(layer.isActiveAt(secs(15)));
@@ -95,171 +59,34 @@ TEST(LayerTest, ActivityAndSourceTimeFollowTheTimeRange) {
 TEST(LayerTest, DisplayNameOfANestedCompositionIsThatCompositionsName) {
   Composition inner;
   inner.name = "Titles";
-  OVProject project("P", {inner});
-
-  Layer nested("Precomp layer", LayerContent::precomposition(inner.id), OVTimeRange(secs(0), secs(1)));
-  EXPECT_EQ(nested.displayNameIn(project), "Titles");
-
-  Layer orphan("Lost", LayerContent::precomposition(Uuid::make()), OVTimeRange(secs(0), secs(1)));
-  EXPECT_EQ(orphan.displayNameIn(project), "Lost");
-
-  Layer footage = videoLayer(0, 1);
-  footage.name = "Beach";
-  EXPECT_EQ(footage.displayNameIn(project), "Beach");
+  const OVProject project("P", {inner});
+  const OVTimeRange range(secs(0), secs(1));
+  EXPECT_EQ(Layer("Precomp layer", LayerContent::precomposition(inner.id), range).displayNameIn(project), "Titles");
+  EXPECT_EQ(Layer("Lost", LayerContent::precomposition(Uuid::make()), range).displayNameIn(project), "Lost");
+  EXPECT_EQ(Layer("Beach", LayerContent::video(inner.id), range).displayNameIn(project), "Beach");
 }
 
-// -------------------------------------------------------------------- moves
-
-TEST(LayerTest, MoveByShiftsStartAndKeyframesButNotMarkers) {
-  Layer layer = videoLayer(2, 4);
-  layer.transform.opacity.upsertKeyframe(PropertyValue::double_(0), secs(3));
-  layer.markers = {Marker{.time = secs(1), .name = "Beat"}};
-
-  layer.moveBy(secs(1.5));
-  EXPECT_EQ(layer.timeRange.start, secs(3.5));
-  EXPECT_EQ(layer.timeRange.duration, secs(4));
-  EXPECT_EQ(layer.transform.opacity.keyframes()[0].time, secs(4.5));
-  EXPECT_EQ(layer.markers[0].time, secs(1));
-
-  layer.moveTo(secs(1));
-  EXPECT_EQ(layer.timeRange.start, secs(1));
-  EXPECT_EQ(layer.transform.opacity.keyframes()[0].time, secs(2));
-}
-
-TEST(LayerTest, MoveStopsAtTheFloorAndKeyframesShiftOnlyByTheActualMove) {
-  Layer layer = videoLayer(2, 4);
-  layer.audio.volume.upsertKeyframe(PropertyValue::double_(50), secs(5));
-
-  layer.moveBy(secs(-5));
-  EXPECT_EQ(layer.timeRange.start, secs(0));
-  EXPECT_EQ(layer.audio.volume.keyframes()[0].time, secs(3));
-
-  layer.moveTo(secs(-3), secs(1));
-  EXPECT_EQ(layer.timeRange.start, secs(1));
-  EXPECT_EQ(layer.audio.volume.keyframes()[0].time, secs(4));
-}
-
-TEST(LayerTest, MoveAgainstTheFloorChangesNothing) {
-  Layer layer = videoLayer(0, 4);
-  layer.transform.rotation.upsertKeyframe(PropertyValue::double_(90), secs(1));
-  const Layer before = layer;
-  layer.moveBy(secs(-1));
-  EXPECT_EQ(layer, before);
-  layer.moveTo(secs(0.5), secs(3));  // the floor lies after the target
-  EXPECT_EQ(layer.timeRange.start, secs(3));
-  EXPECT_EQ(layer.transform.rotation.keyframes()[0].time, secs(4));
-}
-
-// -------------------------------------------------------------------- trims
-
-TEST(LayerTest, TrimStartStopsAtTheHeadOfTheSource) {
-  Layer layer = videoLayer(10, 5, 2);
-  layer.trimStartTo(secs(7), secs(0.1));
-  EXPECT_EQ(layer.timeRange.start, secs(8));
-  EXPECT_EQ(layer.timeRange.duration, secs(7));
-  EXPECT_EQ(layer.sourceStart, OVTime::zero);
-  EXPECT_EQ(layer.sourceStart.value, 0);
-}
-
-TEST(LayerTest, TrimStartMovesTheSourceWithTheStart) {
-  Layer layer = videoLayer(10, 5, 2);
-  layer.trimStartTo(secs(12), secs(0.1));
-  EXPECT_EQ(layer.timeRange.start, secs(12));
-  EXPECT_EQ(layer.timeRange.duration, secs(3));
-  EXPECT_EQ(layer.sourceStart, secs(4));
-  EXPECT_EQ(layer.timeRange.end(), secs(15));
-}
-
-TEST(LayerTest, TrimStartKeepsTheMinimumDurationAndTimeZero) {
-  Layer late = videoLayer(10, 5, 2);
-  late.trimStartTo(secs(20), secs(1));
-  EXPECT_EQ(late.timeRange.start, secs(14));
-  EXPECT_EQ(late.timeRange.duration, secs(1));
-  EXPECT_EQ(late.sourceStart, secs(6));
-
-  Layer early = videoLayer(1, 5, 10);
-  early.trimStartTo(secs(-5), secs(1));
-  EXPECT_EQ(early.timeRange.start, secs(0));
-  EXPECT_EQ(early.timeRange.duration, secs(6));
-  EXPECT_EQ(early.sourceStart, secs(9));
-}
-
-TEST(LayerTest, TrimEndFollowsTheTargetDownToTheMinimumDuration) {
-  Layer layer = videoLayer(10, 5);
-  layer.trimEndTo(secs(17), secs(0.5));
-  EXPECT_EQ(layer.timeRange.duration, secs(7));
-  layer.trimEndTo(secs(11), secs(0.5));
-  EXPECT_EQ(layer.timeRange.duration, secs(1));
-  layer.trimEndTo(secs(5), secs(0.5));
-  EXPECT_EQ(layer.timeRange.duration, secs(0.5));
-  EXPECT_EQ(layer.timeRange.start, secs(10));
-}
-
-TEST(LayerTest, TrimEndStopsAtTheEndOfTheSource) {
-  Layer layer = videoLayer(10, 2, 2);
-  layer.trimEndTo(secs(20), secs(0.5), secs(6));
-  EXPECT_EQ(layer.timeRange.duration, secs(4));  // source 2 s to 6 s
-
-  layer.trimEndTo(secs(12), secs(0.5), secs(100));
-  EXPECT_EQ(layer.timeRange.duration, secs(2));  // well inside the source
-
-  layer.trimEndTo(secs(20), secs(0.5), secs(2.2));
-  EXPECT_EQ(layer.timeRange.duration, secs(0.5));  // the minimum wins over the source
-}
-
-TEST(LayerTest, TrimsLeaveKeyframesOnTheCompositionClock) {
-  Layer layer = videoLayer(10, 5, 2);
-  layer.transform.position.upsertKeyframe(PropertyValue::point(1, 2), secs(11));
-  layer.trimStartTo(secs(12), secs(0.1));
-  layer.trimEndTo(secs(13), secs(0.1));
-  EXPECT_EQ(layer.transform.position.keyframes()[0].time, secs(11));
-}
-
-TEST(LayerTest, TrimsShrinkFadesThatNoLongerFit) {
-  Layer layer = videoLayer(10, 5, 2);
-  layer.fadeIn = secs(2);
-  layer.fadeOut = secs(2);
-  layer.trimStartTo(secs(12), secs(0.1));  // 3 s left for 4 s of fades
-  EXPECT_EQ(layer.fadeIn, secs(1.5));
-  EXPECT_EQ(layer.fadeOut, secs(1.5));
-  layer.trimEndTo(secs(13), secs(0.1));
-  EXPECT_EQ(layer.fadeIn, secs(0.5));
-  EXPECT_EQ(layer.fadeOut, secs(0.5));
-}
-
-// --------------------------------------------------------------------- hash
-
-TEST(LayerTest, EqualLayersHashAlike) {
-  Layer layer = videoLayer(1, 4, 0.5);
-  layer.masks = {LayerMask{}};
-  layer.effects = {EffectInstance{.effectID = "blur", .parameters = {{"radius", AnimatedProperty::double_(4)}}}};
-  Layer copy = layer;
+TEST(LayerTest, HashSeesEveryKindOfFieldAndIgnoresStorage) {
+  Layer base = layerWith(LayerContent::video(Uuid::make()));
+  base.masks = {LayerMask{}};
+  base.effects = {EffectInstance{.effectID = "blur", .parameters = {{"radius", AnimatedProperty::double_(4)}}}};
+  Layer copy = base;
   copy.masks.mutate();  // same elements, separate storage
   copy.effects.mutate();
-  ASSERT_FALSE(copy.masks.sharesStorageWith(layer.masks));
-  EXPECT_EQ(copy, layer);
-  EXPECT_EQ(hashValue(copy), hashValue(layer));
-}
+  ASSERT_FALSE(copy.masks.sharesStorageWith(base.masks));
+  EXPECT_EQ(copy, base);
+  EXPECT_EQ(hashValue(copy), hashValue(base));
 
-TEST(LayerTest, HashSeesEveryKindOfField) {
-  const Layer base = videoLayer(1, 4, 0.5);
   const std::vector<std::function<void(Layer&)>> changes = {
-      [](Layer& l) { l.name = "Other"; },
-      [](Layer& l) { l.timeRange.duration = secs(3); },
-      [](Layer& l) { l.sourceStart = secs(1); },
-      [](Layer& l) { l.isSolo = true; },
-      [](Layer& l) { l.fadeOut = secs(1); },
-      [](Layer& l) { l.blendMode = OVBlendMode::screen; },
-      [](Layer& l) { l.transform.flipVertically = true; },
-      [](Layer& l) { l.crop.top = AnimatedProperty::double_(3); },
-      [](Layer& l) { l.masks = {LayerMask{}}; },
-      [](Layer& l) { l.audio.pitchMode = AudioPitchMode::linked; },
-      [](Layer& l) { l.parentLayerID = Uuid::make(); },
-      [](Layer& l) { l.labelColor = LayerLabelColor::teal; },
-      [](Layer& l) { l.markers = {Marker{}}; },
-      [](Layer& l) { l.trackID = Uuid::make(); },
+      [](Layer& l) { l.name = "Other"; },          [](Layer& l) { l.timeRange.duration = secs(3); },
+      [](Layer& l) { l.sourceStart = secs(1); },   [](Layer& l) { l.isSolo = true; },
+      [](Layer& l) { l.fadeOut = secs(1); },       [](Layer& l) { l.blendMode = OVBlendMode::screen; },
+      [](Layer& l) { l.masks = {LayerMask{}}; },   [](Layer& l) { l.transform.flipVertically = true; },
+      [](Layer& l) { l.markers = {Marker{}}; },    [](Layer& l) { l.crop.top = AnimatedProperty::double_(3); },
+      [](Layer& l) { l.trackID = Uuid::make(); },  [](Layer& l) { l.audio.pitchMode = AudioPitchMode::linked; },
+      [](Layer& l) { l.crossfadeOut = true; },     [](Layer& l) { l.parentLayerID = Uuid::make(); },
+      [](Layer& l) { l.effects = {}; },            [](Layer& l) { l.labelColor = LayerLabelColor::teal; },
       [](Layer& l) { l.textReveal = AnimatedProperty::double_(40); },
-      [](Layer& l) { l.crossfadeOut = true; },
   };
   for (std::size_t i = 0; i < changes.size(); ++i) {
     Layer changed = base;
@@ -267,6 +94,89 @@ TEST(LayerTest, HashSeesEveryKindOfField) {
     EXPECT_NE(changed, base) << "change " << i;
     EXPECT_NE(hashValue(changed), hashValue(base)) << "change " << i;
   }
+}
+
+// Two masks and two effects, the first with parameters "b" and "a" (visited in key order, "a" first).
+Layer richLayer() {
+  Layer layer("Rich", LayerContent::text({}), OVTimeRange(secs(1), secs(10)));
+  const AnimatedProperty zero = AnimatedProperty::double_(0);
+  layer.masks = {LayerMask{}, LayerMask{}};
+  layer.effects = {EffectInstance{.effectID = "blur", .parameters = {{"b", zero}, {"a", zero}}},
+                   EffectInstance{.effectID = "glow", .parameters = {{"x", zero}}}};
+  return layer;
+}
+
+// 6 channels + 4 edges + 4 mask properties + 3 effect parameters + volume, pan and text reveal.
+constexpr int kPropertyCount = 20;
+
+double base(const AnimatedProperty& p) { return p.baseValue.doubleValue().value_or(-1); }
+
+void expectEveryKeyframeAt(const Layer& layer, const OVTime& t) {
+  int visited = 0;
+  layer.forEachAnimatedProperty([&](const AnimatedProperty& p) {
+    SCOPED_TRACE(testing::Message() << "property " << visited++);
+    ASSERT_EQ(p.keyframes().size(), 1u);
+    EXPECT_EQ(p.keyframes()[0].time, t);
+  });
+  EXPECT_EQ(visited, kPropertyCount);
+}
+
+TEST(LayerAnimatedPropertiesTest, VisitsTransformCropMasksEffectsAudioThenTextReveal) {
+  Layer layer = richLayer();
+  int index = 0;
+  layer.forEachAnimatedProperty([&](AnimatedProperty& p) { p.baseValue = PropertyValue::double_(index++); });
+  const LayerTransform& t = layer.transform;
+  const std::vector<const AnimatedProperty*> expected = {
+      &t.position,          &t.scale,           &t.rotation,        &t.anchorPoint,      &t.opacity,
+      &t.skew,              &layer.crop.left,   &layer.crop.top,    &layer.crop.right,   &layer.crop.bottom,
+      &layer.masks[0].path, &layer.masks[0].feather,                &layer.masks[1].path, &layer.masks[1].feather,
+      &layer.effects[0].parameters.at("a"), &layer.effects[0].parameters.at("b"),
+      &layer.effects[1].parameters.at("x"), &layer.audio.volume,    &layer.audio.pan,    &layer.textReveal};
+  for (int i = 0; i < kPropertyCount; ++i) EXPECT_EQ(base(*expected[i]), i) << "property " << i;
+
+  std::vector<double> seen;  // the read-only walk takes the same order
+  std::as_const(layer).forEachAnimatedProperty([&](const AnimatedProperty& p) { seen.push_back(base(p)); });
+  ASSERT_EQ(seen.size(), static_cast<std::size_t>(kPropertyCount));
+  for (int i = 0; i < kPropertyCount; ++i) EXPECT_EQ(seen[i], i);
+}
+
+TEST(LayerAnimatedPropertiesTest, EachVisitedPropertyWritesBackIntoTheCopyOnlyAndEmptyListsStayShared) {
+  const Layer original = richLayer();
+  const PropertyValue marker = PropertyValue::text("changed");
+  for (int target = 0; target < kPropertyCount; ++target) {
+    Layer changed = original;
+    int index = 0;
+    changed.forEachAnimatedProperty([&](AnimatedProperty& p) {
+      if (index++ == target) p.baseValue = marker;
+    });
+    EXPECT_NE(changed, original) << "property " << target;
+  }
+  int untouched = 0;
+  original.forEachAnimatedProperty([&](const AnimatedProperty& p) { untouched += p.baseValue != marker; });
+  EXPECT_EQ(untouched, kPropertyCount);
+
+  const Layer plain = layerWith(LayerContent::video(Uuid::make()));  // empty lists stay shared
+  Layer walked = plain;
+  walked.forEachAnimatedProperty([](AnimatedProperty&) {});
+  EXPECT_TRUE(walked.masks.sharesStorageWith(plain.masks));
+  EXPECT_TRUE(walked.effects.sharesStorageWith(plain.effects));
+}
+
+TEST(LayerAnimatedPropertiesTest, ShiftAndAlignMoveEveryPropertysKeyframes) {
+  Layer layer = richLayer();
+  layer.forEachAnimatedProperty([](AnimatedProperty& p) { p.addKeyframeAt(secs(2)); });
+  const Layer before = layer;
+  layer.shiftKeyframesBy(OVTime::zero);
+  EXPECT_EQ(layer, before);
+  EXPECT_TRUE(layer.masks.sharesStorageWith(before.masks));
+
+  layer.shiftKeyframesBy(secs(1.5));
+  expectEveryKeyframeAt(layer, secs(3.5));
+  EXPECT_EQ(layer.timeRange.start, secs(1));
+
+  layer.shiftKeyframesBy(secs(-2.49));  // 1.01 s snaps to the frame at 1 s
+  layer.alignKeyframesTo(FrameRate::fps30);
+  expectEveryKeyframeAt(layer, secs(1));
 }
 
 }  // namespace
