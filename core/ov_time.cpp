@@ -13,6 +13,14 @@ namespace {
 // in 64-bit floats, in that order, rounded half away from zero.
 std::int64_t ticksAt(const OVTime& t, std::int32_t target) {
   if (target == t.timescale) return t.value;
+  // Up to a whole multiple of the timescale (600000 over 30, say) the product
+  // is an integer; below 2^53 the float path below is exact, so the integer
+  // one gives the same ticks without the float division and rounding.
+  if (target > t.timescale && target % t.timescale == 0) {
+    const std::int64_t factor = target / t.timescale;
+    constexpr std::int64_t kExactLimit = std::int64_t{1} << 53;
+    if (t.value < kExactLimit / factor && t.value > -kExactLimit / factor) return t.value * factor;
+  }
   const double scaled =
       static_cast<double>(t.value) * static_cast<double>(target) / static_cast<double>(t.timescale);
   return roundedInt64(scaled);

@@ -111,6 +111,22 @@ TEST(OVTimeTest, ComparisonConvertsToTheLargerTimescale) {
   EXPECT_LT(OVTime(-1001, 30000), OVTime(-20019, 600000));
 }
 
+TEST(OVTimeTest, LargeFrameTimesStayExactUpToTwoToThe53Ticks) {
+  // Frame n at 30 fps is n × 20000 ticks at 600000. While that count stays
+  // below 2^53 it is exact, and so are comparisons, sums and hashes with it.
+  constexpr std::int64_t kLimit = (std::int64_t{1} << 53) / 20000;  // 450359962737
+  for (const std::int64_t frame : {kLimit - 1, -(kLimit - 1), std::int64_t{123456789}}) {
+    SCOPED_TRACE(frame);
+    const OVTime atRate(frame, 30);
+    const OVTime atDefault(frame * 20000, 600000);
+    EXPECT_EQ(atRate, atDefault);
+    EXPECT_EQ(hashValue(atRate), hashValue(atDefault));
+    EXPECT_LT(atRate, OVTime(frame * 20000 + 1, 600000));
+    EXPECT_GT(atRate, OVTime(frame * 20000 - 1, 600000));
+    EXPECT_EQ((atRate + OVTime(1, 600000)).value, frame * 20000 + 1);
+  }
+}
+
 TEST(OVTimeTest, EqualTimesAndRangesHashAlike) {
   EXPECT_EQ(hashValue(OVTime(1, 2)), hashValue(OVTime(300000, 600000)));
   EXPECT_NE(hashValue(OVTime(1, 2)), hashValue(OVTime(1, 3)));
