@@ -170,7 +170,7 @@ std::size_t hashValue(const Composition& c) {
   std::size_t seed = hashAll(c.id, c.name, c.size, c.frameRate, c.duration, c.backgroundColor, c.isTransparent,
                              c.audioSampleRate, c.layers, c.markers, c.workArea, c.playheadTime);
   hashCombine(seed, hashAll(c.motionBlurEnabled, c.motionBlurShutterAngle,
-                            static_cast<std::int64_t>(c.editingMode), c.tracks, c.overlapsCrossfade));
+                            c.editingMode, c.tracks, c.overlapsCrossfade));
   return seed;
 }
 

@@ -25,7 +25,6 @@ struct EnumTable<InterpolationMode> {
       {M::bezier, "bezier", "Bezier"},
   }};
 };
-inline std::size_t hashValue(InterpolationMode m) { return static_cast<std::size_t>(m) * 0x9e3779b1U; }
 
 // The two inner control points of a timing curve from (0, 0) to (1, 1):
 // x is normalised time (expected in 0...1), y normalised value (may overshoot).

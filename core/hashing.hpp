@@ -4,6 +4,7 @@
 // that equal values hash alike; `Hash` adapts it for unordered containers.
 
 #include <bit>
+#include <chrono>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
@@ -12,6 +13,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 namespace orvane::core {
@@ -33,6 +35,26 @@ std::size_t hashValue(T v) {
 }
 inline std::size_t hashValue(std::string_view v) { return std::hash<std::string_view>{}(v); }
 inline std::size_t hashValue(const std::string& v) { return std::hash<std::string_view>{}(v); }
+
+// The container overloads call each other, so all are declared up front.
+template <class T>
+std::size_t hashValue(const std::optional<T>& v);
+template <class T>
+std::size_t hashValue(const std::vector<T>& v);
+template <class K, class V>
+std::size_t hashValue(const std::map<K, V>& m);
+
+// Enumerations hash by their case.
+template <class E>
+  requires std::is_enum_v<E>
+std::size_t hashValue(E v) {
+  return std::hash<std::underlying_type_t<E>>{}(static_cast<std::underlying_type_t<E>>(v)) * 0x9e3779b1U;
+}
+
+template <class Clock, class Duration>
+std::size_t hashValue(const std::chrono::time_point<Clock, Duration>& t) {
+  return std::hash<typename Duration::rep>{}(t.time_since_epoch().count());
+}
 
 template <class T>
 std::size_t hashValue(const std::optional<T>& v) {

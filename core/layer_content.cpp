@@ -2,15 +2,6 @@
 
 namespace orvane::core {
 
-namespace {
-
-template <class E>
-std::size_t enumHash(E value) {
-  return hashValue(static_cast<std::int64_t>(value));
-}
-
-}  // namespace
-
 std::optional<Uuid> LayerContent::assetID() const {
   switch (kind()) {
     case LayerKind::video: return std::get<0>(storage_);
@@ -41,14 +32,14 @@ std::optional<OVSize> LayerContent::intrinsicSize() const {
 }
 
 std::size_t hashValue(const TextContent& t) {
-  return hashAll(t.string, t.fontName, t.fontSize, t.color, enumHash(t.alignment), t.lineSpacing,
+  return hashAll(t.string, t.fontName, t.fontSize, t.color, t.alignment, t.lineSpacing,
                  t.letterSpacing, t.strokeColor, t.strokeWidth, t.backgroundColor,
                  t.backgroundPadding, t.shadowColor, t.shadowOffset, t.shadowBlur, t.hasShadow,
                  t.boxSize);
 }
 
 std::size_t hashValue(const ShapeContent& s) {
-  return hashAll(enumHash(s.type), s.size, s.fillColor, s.isFilled, s.strokeColor, s.strokeWidth,
+  return hashAll(s.type, s.size, s.fillColor, s.isFilled, s.strokeColor, s.strokeWidth,
                  s.isStroked, s.cornerRadius, s.sideCount, s.innerRadiusRatio);
 }
 

@@ -30,7 +30,6 @@ struct EnumTable<LayerKind> {
       {K::precomposition, "precomposition", "Composition"},
   }};
 };
-inline std::size_t hashValue(LayerKind k) { return static_cast<std::size_t>(k) * 0xc2b2ae35U; }
 
 struct TextContent {
   enum class Alignment { left, center, right };

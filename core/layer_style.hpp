@@ -26,7 +26,6 @@ struct EnumTable<LayerLabelColor> {
       {L::purple, "purple", "Purple"},
   }};
 };
-inline std::size_t hashValue(LayerLabelColor c) { return static_cast<std::size_t>(c) * 0x27d4eb2fU; }
 
 // The swatch of a label.
 OVColor color(LayerLabelColor label);
@@ -51,7 +50,6 @@ struct EnumTable<OVBlendMode> {
       {B::add, "add", "Add"},
   }};
 };
-inline std::size_t hashValue(OVBlendMode m) { return static_cast<std::size_t>(m) * 0x165667b1U; }
 
 // The compositing filter that renders the mode; empty for normal.
 std::string_view blendFilterName(OVBlendMode mode);

@@ -33,16 +33,6 @@ std::string durationText(const OVTime& d) {
 
 std::string sizeText(const OVSize& s) { return numberText(s.width) + " x " + numberText(s.height); }
 
-std::size_t hashTimestamp(const Timestamp& t) {
-  return hashValue(static_cast<std::int64_t>(t.time_since_epoch().count()));
-}
-
-std::size_t hashBytes(const std::optional<Bytes>& bytes) {
-  if (!bytes) return 0x3c6ef372ULL;
-  const std::string_view view(reinterpret_cast<const char*>(bytes->data()), bytes->size());
-  return hashValue(view) ^ 0x7f4a7c15ULL;
-}
-
 }  // namespace
 
 std::string MediaAsset::fileName() const {
@@ -78,23 +68,23 @@ std::string MediaAsset::displaySubtitle() const {
 }
 
 std::size_t hashValue(const MediaAsset& a) {
-  std::size_t seed = hashAll(a.id, a.name, static_cast<std::int64_t>(a.kind), a.path, a.duration, a.naturalSize,
+  std::size_t seed = hashAll(a.id, a.name, a.kind, a.path, a.duration, a.naturalSize,
                              a.frameRate, a.hasVideoTrack, a.hasAudioTrack, a.audioChannelCount);
-  hashCombine(seed, hashBytes(a.bookmark));
+  hashCombine(seed, hashValue(a.bookmark));
   hashCombine(seed, hashAll(a.audioSampleRate, a.fileSizeBytes, a.folderID));
-  hashCombine(seed, hashTimestamp(a.dateAdded));
+  hashCombine(seed, hashValue(a.dateAdded));
   return seed;
 }
 
 std::size_t hashValue(const MediaFolder& f) {
   std::size_t seed = hashAll(f.id, f.name, f.parentFolderID);
-  hashCombine(seed, hashTimestamp(f.dateCreated));
+  hashCombine(seed, hashValue(f.dateCreated));
   return seed;
 }
 
 std::size_t hashValue(const BrowseFolder& f) {
   std::size_t seed = hashAll(f.id, f.name, f.path);
-  hashCombine(seed, hashBytes(f.bookmark));
+  hashCombine(seed, hashValue(f.bookmark));
   return seed;
 }
 

@@ -26,10 +26,6 @@ void sortFoldersByName(SharedVector<MediaFolder>& folders) {
 
 bool isAsciiDigit(char c) { return c >= '0' && c <= '9'; }
 
-std::size_t hashTimestamp(const Timestamp& t) {
-  return hashValue(static_cast<std::int64_t>(t.time_since_epoch().count()));
-}
-
 }  // namespace
 
 // --- Construction ---
@@ -265,8 +261,8 @@ std::unordered_map<Uuid, const Composition*> OVProject::reachableCompositionsFro
 std::size_t hashValue(const OVProject& p) {
   std::size_t seed = hashAll(p.formatVersion, p.appVersion, p.id, p.name, p.compositions, p.assets,
                              p.mediaFolders, p.browseFolders, p.activeCompositionID);
-  hashCombine(seed, hashTimestamp(p.createdAt));
-  hashCombine(seed, hashTimestamp(p.modifiedAt));
+  hashCombine(seed, hashValue(p.createdAt));
+  hashCombine(seed, hashValue(p.modifiedAt));
   return seed;
 }
 

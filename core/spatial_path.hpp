@@ -23,7 +23,6 @@ struct EnumTable<SpatialInterpolation> {
       {S::bezier, "bezier", "Bezier"},
   }};
 };
-inline std::size_t hashValue(SpatialInterpolation s) { return static_cast<std::size_t>(s) * 0x85ebca6bU; }
 
 // Tangents as offsets from the keyframe's own point, in the property's units.
 struct SpatialHandles {
