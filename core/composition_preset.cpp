@@ -1,7 +1,6 @@
 #include "core/composition_preset.hpp"
 
-#include <charconv>
-#include <cmath>
+#include <algorithm>
 #include <utility>
 
 #include "core/numeric.hpp"
@@ -34,9 +33,6 @@ std::vector<CompositionPreset> makeAll() {
   };
 }
 
-// The index of "hd.1080" in the list above.
-constexpr std::size_t kDefaultIndex = 13;
-
 }  // namespace
 
 CompositionPreset::CompositionPreset(std::string id, std::string name, Group group, double width, double height,
@@ -58,7 +54,11 @@ const std::vector<CompositionPreset>& CompositionPreset::all() {
   return presets;
 }
 
-const CompositionPreset& CompositionPreset::defaultPreset() { return all()[kDefaultIndex]; }
+const CompositionPreset& CompositionPreset::defaultPreset() {
+  static const CompositionPreset& hd1080 =
+      *std::find_if(all().begin(), all().end(), [](const CompositionPreset& p) { return p.id == "hd.1080"; });
+  return hd1080;
+}
 
 std::optional<CompositionPreset> CompositionPreset::matching(double width, double height) {
   const double w = roundHalfAway(width);

@@ -155,7 +155,7 @@ bool AudioProperties::needsProcessingTap() const {
 std::size_t hashValue(const AudioProperties& a) {
   return hashAll(a.volume, a.pan, a.isMuted, a.normalizeGain, a.echoMix, a.echoDelayMs,
                  a.echoFeedback, a.reverbMix, a.reverbDecay, a.pitchSemitones, a.pitchCents,
-                 static_cast<std::int64_t>(a.pitchMode));
+                 a.pitchMode);
 }
 
 }  // namespace orvane::core

@@ -1,7 +1,6 @@
 #include "core/media_asset.hpp"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <filesystem>

@@ -131,6 +131,7 @@ class PersistentList {
     chunk.erase(chunk.begin() + static_cast<std::ptrdiff_t>(o));
     --root.size;
     if (chunk.empty()) root.chunks.erase(root.chunks.begin() + static_cast<std::ptrdiff_t>(c));
+    if (root.size == 0) root_.reset();  // an empty list never keeps a root
   }
 
   void set(std::size_t index, T value) {
@@ -170,8 +171,6 @@ class PersistentList {
   friend bool operator==(const PersistentList& a, const PersistentList& b) {
     if (a.root_ == b.root_) return true;
     if (a.size() != b.size()) return false;
-    // An emptied list keeps a root with no chunks, while a new one has none.
-    if (a.size() == 0) return true;
     const auto& ca = a.root_->chunks;
     const auto& cb = b.root_->chunks;
     std::size_t ia = 0, oa = 0, ib = 0, ob = 0;
@@ -250,7 +249,7 @@ class PersistentList {
     root.chunks.insert(root.chunks.begin() + static_cast<std::ptrdiff_t>(c) + 1, std::move(tail));
   }
 
-  std::shared_ptr<Root> root_;  // null means empty
+  std::shared_ptr<Root> root_;  // null exactly when empty
 };
 
 }  // namespace orvane::core

@@ -4,12 +4,14 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/core/test_support.hpp"
+
 #include <utility>
 
 namespace orvane::core {
 namespace {
 
-OVTime secs(double s) { return OVTime::fromSeconds(s); }
+using testing_support::secs;
 
 Layer clip(double start, double duration, double sourceStart = 0, double fadeIn = 0, double fadeOut = 0) {
   Layer layer("Clip", LayerContent::video(Uuid::make()), OVTimeRange(secs(start), secs(duration)));

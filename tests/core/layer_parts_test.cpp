@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/core/test_support.hpp"
+
 #include <cmath>
 #include <functional>
 #include <optional>
@@ -16,20 +18,11 @@
 namespace orvane::core {
 namespace {
 
+using testing_support::expectHashSees;
+using testing_support::secs;
+
 using Channel = LayerTransform::Channel;
 using Edge = LayerCrop::Edge;
-
-OVTime secs(double s) { return OVTime::fromSeconds(s); }
-
-// A copy hashes alike; the change makes the value and its hash differ.
-template <class T>
-void expectHashSees(const T& base, const std::function<void(T&)>& change) {
-  T copy = base;
-  EXPECT_EQ(hashValue(copy), hashValue(base));
-  change(copy);
-  EXPECT_NE(copy, base);
-  EXPECT_NE(hashValue(copy), hashValue(base));
-}
 
 TEST(LayerContentTest, EachKindCarriesItsIdsCapabilitiesAndSize) {
   const Uuid id = Uuid::make();
@@ -290,13 +283,6 @@ TEST(LayerPartsTest, AnimatedWhenAnyPropertyHasKeyframes) {
   EXPECT_FALSE(effect.isAnimated());
   effect.parameters["angle"].addKeyframeAt(secs(1));
   EXPECT_TRUE(effect.isAnimated());
-}
-
-TEST(LayerStyleTest, SwatchAndBlendFilterSpotChecks) {
-  EXPECT_EQ(color(LayerLabelColor::blue), (OVColor{0.25, 0.55, 0.96, 1}));
-  EXPECT_EQ(blendFilterName(OVBlendMode::normal), "");
-  EXPECT_EQ(blendFilterName(OVBlendMode::multiply), "CIMultiplyBlendMode");
-  EXPECT_EQ(blendFilterName(OVBlendMode::add), "CIAdditionCompositing");
 }
 
 }  // namespace

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/core/test_support.hpp"
+
 #include <functional>
 #include <utility>
 #include <vector>
@@ -13,7 +15,7 @@
 namespace orvane::core {
 namespace {
 
-OVTime secs(double s) { return OVTime::fromSeconds(s); }
+using testing_support::secs;
 
 Layer layerWith(LayerContent content) { return Layer("Layer", std::move(content), OVTimeRange(secs(0), secs(5))); }
 

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/core/test_support.hpp"
+
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -16,6 +18,8 @@
 
 namespace orvane::core {
 namespace {
+
+using testing_support::expectHashSees;
 
 using Names = std::vector<std::string>;
 
@@ -48,16 +52,6 @@ Names namesOf(const Range& items) {
   Names names;
   for (const auto& item : items) names.push_back(item.name);
   return names;
-}
-
-// A copy hashes alike; the change makes the value and its hash differ.
-template <class T, class Change>
-void expectHashSees(const T& base, Change change) {
-  T copy = base;
-  EXPECT_EQ(hashValue(copy), hashValue(base));
-  change(copy);
-  EXPECT_NE(copy, base);
-  EXPECT_NE(hashValue(copy), hashValue(base));
 }
 
 TEST(ProjectTest, NewProjectIsStampedWithBuildAndNow) {
