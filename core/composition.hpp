@@ -92,6 +92,31 @@ struct Composition {
   // The layers on a track, by start time.
   std::vector<const Layer*> layersOnTrack(const Uuid& trackID) const;
 
+  // --- Sequence rules (no-ops or unused outside a sequence) ---
+  // Audio: the first audio track, else the last track. Anything else: the
+  // lowest video track, else the first track. None only without tracks.
+  std::optional<Uuid> defaultTrackIDFor(const Layer& layer) const;
+  // No clip of the track but the excluded one intersects range.
+  bool trackIsFree(const Uuid& trackID, const OVTimeRange& range,
+                   const std::optional<Uuid>& excluding = std::nullopt) const;
+  // The latest end of the track's clips, zero when it has none.
+  OVTime trackEnd(const Uuid& trackID) const;
+  // How far clips of durations a and b may overlap to crossfade: half the
+  // shorter one, zero while crossfades are off.
+  OVTime maximumOverlap(const OVTime& a, const OVTime& b) const;
+  // Where a clip of this duration lands on the track when dropped at wanted:
+  // wanted itself (not before zero) when it covers no other clip's core,
+  // else the nearest start that clears every core; none when no start does.
+  std::optional<OVTime> fittedStart(const OVTime& duration, const OVTime& wanted, const Uuid& trackID,
+                                    const std::unordered_set<Uuid>& excluding = {},
+                                    bool allowingCrossfade = true) const;
+  // Sets the fades and crossfade flags of neighbouring clips from their
+  // overlaps; clears the flags (not the fades) where an overlap has gone.
+  void applySequenceCrossfades();
+  // Restores the sequence invariants: tracks present, every clip on a known
+  // track, clips grouped by track (later clips first), crossfades current.
+  void normalizeSequenceOrder();
+
   // --- Layer queries ---
   bool hasSoloedVisualLayers() const;
   bool hasSoloedAudioLayers() const;
