@@ -2,9 +2,12 @@
 
 namespace orvane::cli {
 
-void addCommands([[maybe_unused]] CLI::App& app) {
-  // TODO: export, frame and info join here, one add<Name>Command(app) each,
-  // once the document, render and export libraries they drive exist.
+void addCommands(CLI::App& app) {
+  // TODO: export and frame join here once the render and export libraries
+  // they drive exist.
+  addInfoCommand(app);
+  addResaveCommand(app);
+  addPackageCommand(app);
 }
 
 }  // namespace orvane::cli

@@ -36,4 +36,8 @@ class CommandFailure : public std::runtime_error {
 // Adds every command to `app`, in the order that --help lists them.
 void addCommands(CLI::App& app);
 
+void addInfoCommand(CLI::App& app);
+void addResaveCommand(CLI::App& app);
+void addPackageCommand(CLI::App& app);
+
 }  // namespace orvane::cli

@@ -12,8 +12,33 @@ using core::OVProject;
 ProjectDocument::ProjectDocument(OVProject project, MouseButtonsDown mouseButtonsDown)
     : project_(std::move(project)), mouseButtonsDown_(std::move(mouseButtonsDown)) {}
 
+namespace {
+
+bool isUsable(const core::FrameRate& r) { return r.numerator > 0 && r.denominator > 0; }
+
+// The codec keeps a file's frame rates as they are; a window would stop the
+// program at the first use of a zero rate, so the document refuses them.
+std::optional<ProjectCodecError> unusableRate(const OVProject& p) {
+  for (const core::Composition& c : p.compositions) {
+    if (!isUsable(c.frameRate)) {
+      return ProjectCodecError::corruptData("The composition \"" + c.name + "\" has a frame rate that is not positive.");
+    }
+  }
+  for (const core::MediaAsset& a : p.assets) {
+    if (a.frameRate && !isUsable(*a.frameRate)) {
+      return ProjectCodecError::corruptData("The media \"" + a.name + "\" has a frame rate that is not positive.");
+    }
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
 std::expected<OVProject, ProjectCodecError> ProjectDocument::read(const std::filesystem::path& path) {
-  return ProjectCodec::read(path);
+  auto project = ProjectCodec::read(path);
+  if (!project) return project;
+  if (auto problem = unusableRate(*project)) return std::unexpected(*problem);
+  return project;
 }
 
 std::string ProjectDocument::fileContents() const { return ProjectCodec::encode(project_); }

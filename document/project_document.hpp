@@ -32,7 +32,8 @@ class ProjectDocument {
                            MouseButtonsDown mouseButtonsDown = {});
 
   // Opens a project file: a folder or unreadable file gives the sentence
-  // "The file is empty or is a folder.", a bad file the codec's error.
+  // "The file is empty or is a folder.", a bad file the codec's error, and a
+  // frame rate of zero (which the codec lets through) a corrupt-data error.
   static std::expected<core::OVProject, ProjectCodecError> read(const std::filesystem::path& path);
 
   const core::OVProject& project() const { return project_; }

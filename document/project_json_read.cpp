@@ -9,7 +9,6 @@
 #include "core/base64.hpp"
 #include "core/enum_text.hpp"
 #include "document/json_reading.hpp"
-#include "document/project_codec.hpp"
 #include "document/project_json.hpp"
 
 namespace orvane::document {
@@ -30,7 +29,7 @@ Uuid readUuid(const json& j, const Where& w) {
 
 Timestamp readDate(const json& j, const Where& w) {
   const std::string text = readString(j, w);
-  const auto t = ProjectCodec::decodeDate(text);
+  const auto t = parseISO8601(text);
   if (!t) throw ProjectCodecError::corruptData("Unreadable date \"" + text + "\".");
   return *t;
 }

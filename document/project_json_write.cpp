@@ -8,7 +8,6 @@
 
 #include "core/base64.hpp"
 #include "core/enum_text.hpp"
-#include "document/project_codec.hpp"
 #include "document/project_json.hpp"
 
 namespace orvane::document {

@@ -104,6 +104,7 @@ inline OVProject sampleProject() {
   image.id = Uuid::make();
   image.name = "logo.png";
   image.kind = MediaKind::image;
+  image.path = "/media/logo.png";
 
   Composition nested;
   nested.name = "Nested";

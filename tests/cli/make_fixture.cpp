@@ -1,0 +1,80 @@
+// Writes the project files the command-line tests read, into the folder
+// given as the only argument:
+//   demo.orvane      two compositions, a video asset on disk (media/clip.mov)
+//                    and an image asset that is not (media/gone.png)
+//   bad_rate.orvane  a composition whose frame rate is 0/1
+//   corrupt.orvane   text that is not JSON
+//   newer.orvane     a project of format version 2
+
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+
+#include "core/project.hpp"
+#include "document/project_codec.hpp"
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace orvane;
+
+core::MediaAsset asset(std::string name, core::MediaKind kind, const fs::path& path) {
+  core::MediaAsset a;
+  a.name = std::move(name);
+  a.kind = kind;
+  a.path = path.string();
+  return a;
+}
+
+core::OVProject demoProject(const fs::path& folder) {
+  const core::MediaAsset clip = asset("clip", core::MediaKind::video, folder / "media/clip.mov");
+  const core::MediaAsset gone = asset("gone", core::MediaKind::image, folder / "media/gone.png");
+  const core::OVTimeRange range{core::OVTime::zero, core::OVTime(5, 1)};
+  core::Composition main;
+  main.name = "Main";
+  main.layers = {core::Layer("Title", core::LayerContent::text({}), range),
+                 core::Layer("Clip A", core::LayerContent::video(clip.id), range),
+                 core::Layer("Clip B", core::LayerContent::video(clip.id), range)};
+  core::Composition edit;
+  edit.name = "Edit";
+  edit.size = {1280, 720};
+  edit.frameRate = core::FrameRate::fps29_97;
+  edit.duration = core::OVTime(3, 2);
+  edit.editingMode = core::EditingMode::sequence;
+  core::OVProject project("Demo", {main, edit});
+  project.addAsset(clip);
+  project.addAsset(gone);
+  return project;
+}
+
+core::OVProject badRateProject() {
+  core::Composition c;
+  c.name = "Broken";
+  c.frameRate = core::FrameRate::unchecked(0, 1);
+  return core::OVProject("Bad Rate", {c});
+}
+
+bool writeText(const fs::path& path, std::string_view text) {
+  std::ofstream out(path, std::ios::binary);
+  out << text;
+  return static_cast<bool>(out);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 2) {
+    std::cerr << "usage: make_fixture FOLDER\n";
+    return 2;
+  }
+  const fs::path folder = fs::absolute(argv[1]);
+  fs::remove_all(folder);
+  fs::create_directories(folder / "media");
+  bool ok = writeText(folder / "media/clip.mov", "not really a movie") &&
+            writeText(folder / "corrupt.orvane", "not json") &&
+            writeText(folder / "newer.orvane", R"({"fv":2})");
+  ok = ok && document::ProjectCodec::write(demoProject(folder), folder / "demo.orvane").has_value() &&
+       document::ProjectCodec::write(badRateProject(), folder / "bad_rate.orvane").has_value();
+  if (!ok) std::cerr << "make_fixture: could not write the fixtures in " << folder << "\n";
+  return ok ? 0 : 1;
+}
