@@ -16,6 +16,7 @@
 
 #include "core/animated_property.hpp"
 #include "core/project.hpp"
+#include "bench/bench_projects.hpp"
 
 // ------------------------------------------------------ allocation counter
 
@@ -34,29 +35,7 @@ void operator delete(void* p, std::size_t) noexcept { std::free(p); }
 namespace {
 
 using namespace orvane::core;
-
-const FrameRate kRate = FrameRate::fps30;
-
-// 20 keys one second apart, alternating values, in the given mode.
-AnimatedProperty makeDoubleProperty(InterpolationMode mode, int keys = 20) {
-  AnimatedProperty p = AnimatedProperty::double_(0);
-  std::vector<Keyframe> list;
-  for (int i = 0; i < keys; ++i) {
-    list.emplace_back(kRate.timeForFrame(i * 30), PropertyValue::double_(i % 2 ? 100 : 0), mode,
-                      BezierHandles::overshoot);
-  }
-  p.setKeyframes(std::move(list));
-  return p;
-}
-
-AnimatedProperty makePointProperty(int keys = 20) {
-  AnimatedProperty p = AnimatedProperty::point(0, 0);
-  for (int i = 0; i < keys; ++i) {
-    p.upsertKeyframe(PropertyValue::point(i * 40.0, (i % 3) * 90.0), kRate.timeForFrame(i * 30),
-                     InterpolationMode::easeInOut);
-  }
-  return p;
-}
+using namespace orvane::bench_projects;
 
 // Evaluates at 97 times spread over the keys, so every segment is visited.
 template <class Read>
@@ -90,27 +69,6 @@ void BM_ValueAtSpatialPoint20(benchmark::State& state) {
 BENCHMARK(BM_ValueAtSpatialPoint20);
 
 // ---------------------------------------------------------- project snapshots
-
-Layer makeAnimatedLayer(int index) {
-  Layer layer("Solid " + std::to_string(index), LayerContent::solid({OVColor::white, {200, 200}}),
-              OVTimeRange(OVTime::zero, OVTime::fromSeconds(20)));
-  for (auto channel : allCases<LayerTransform::Channel>()) {
-    const bool isPoint = channel == LayerTransform::Channel::position || channel == LayerTransform::Channel::scale ||
-                         channel == LayerTransform::Channel::anchorPoint;
-    layer.transform[channel] = isPoint ? makePointProperty() : makeDoubleProperty(InterpolationMode::linear);
-  }
-  for (auto edge : allCases<LayerCrop::Edge>()) layer.crop[edge] = makeDoubleProperty(InterpolationMode::easeIn);
-  return layer;  // 6 transform channels + 4 crop edges: 10 properties of 20 keys
-}
-
-OVProject makeProject(int layerCount) {
-  Composition composition;
-  std::vector<Layer> layers;
-  // Every layer owns its keyframe storage, as separately animated layers do.
-  for (int i = 0; i < layerCount; ++i) layers.push_back(makeAnimatedLayer(i));
-  composition.layers = PersistentList<Layer>(layers);
-  return OVProject("Benchmark", {composition});
-}
 
 void BM_ProjectCopyCompareAfterChange(benchmark::State& state) {
   const int layerCount = static_cast<int>(state.range(0));
