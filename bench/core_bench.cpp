@@ -7,6 +7,8 @@
 
 #include <benchmark/benchmark.h>
 
+#include "bench/ratio_reporter.hpp"
+
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
@@ -106,25 +108,13 @@ BENCHMARK(BM_VisibleVisualLayers1000);
 
 // ------------------------------------------------------------ ratio report
 
-class RatioReporter : public benchmark::ConsoleReporter {
- public:
-  void ReportRuns(const std::vector<Run>& runs) override {
-    for (const Run& run : runs) {
-      times[run.benchmark_name()] = run.GetAdjustedRealTime();
-      if (run.error_occurred) failed = true;
-    }
-    ConsoleReporter::ReportRuns(runs);
-  }
-  std::map<std::string, double> times;
-  bool failed = false;
-};
 
 }  // namespace
 
 int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-  RatioReporter reporter;
+  orvane::bench_support::RatioReporter reporter;
   benchmark::RunSpecifiedBenchmarks(&reporter);
   benchmark::Shutdown();
 

@@ -7,8 +7,9 @@
 
 #include <benchmark/benchmark.h>
 
+#include "bench/ratio_reporter.hpp"
+
 #include <cstdio>
-#include <map>
 #include <string>
 
 #include "bench/bench_projects.hpp"
@@ -77,34 +78,20 @@ void BM_PerformOneLayerChange(benchmark::State& state) {
 }
 BENCHMARK(BM_PerformOneLayerChange)->Arg(10)->Arg(1000);
 
-class RatioReporter : public benchmark::ConsoleReporter {
- public:
-  void ReportRuns(const std::vector<Run>& runs) override {
-    for (const Run& run : runs) {
-      times[run.benchmark_name()] = run.GetAdjustedRealTime();
-      if (run.error_occurred) failed = true;
-    }
-    ConsoleReporter::ReportRuns(runs);
-  }
-  std::map<std::string, double> times;
-  bool failed = false;
-};
 
 }  // namespace
 
 int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-  RatioReporter reporter;
+  orvane::bench_support::RatioReporter reporter;
   benchmark::RunSpecifiedBenchmarks(&reporter);
   benchmark::Shutdown();
   int status = reporter.failed ? 1 : 0;
-  for (const char* name : {"BM_PerformNoOp", "BM_PerformOneLayerChange"}) {
-    const auto small = reporter.times.find(std::string(name) + "/10");
-    const auto large = reporter.times.find(std::string(name) + "/1000");
-    if (small == reporter.times.end() || large == reporter.times.end()) continue;
-    const double ratio = large->second / small->second;
-    std::printf("%s: 1000 layers take %.2fx the time of 10 layers (target: under 10x)\n", name, ratio);
+  for (const std::string name : {"BM_PerformNoOp", "BM_PerformOneLayerChange"}) {
+    const double ratio = reporter.ratio(name + "/1000", name + "/10");
+    if (ratio == 0) continue;
+    std::printf("%s: 1000 layers take %.2fx the time of 10 layers (target: under 10x)\n", name.c_str(), ratio);
     if (ratio >= 10) status = 1;
   }
   return status;

@@ -100,7 +100,7 @@ std::pair<std::vector<RecoveryRecord>, int> relaunch(const fs::path& root) {
 
 TEST(AutosaveCrashTest, KillAfterAWriteOffersExactlyThatState) {
   TempFolder folder;
-  Editor editor = Editor::start(folder.path, /*waitsForGo=*/true);
+  Editor editor = Editor::start(folder.path(), /*waitsForGo=*/true);
   ASSERT_GT(editor.pid, 0);
   constexpr int kLast = 5;
   for (int expected = 1; expected < kLast; ++expected) {
@@ -110,7 +110,7 @@ TEST(AutosaveCrashTest, KillAfterAWriteOffersExactlyThatState) {
   ASSERT_EQ(editor.nextReport(), kLast);
   ASSERT_EQ(editor.kill(kLast), kLast);  // nothing after the one it waits on
 
-  const auto [records, revision] = relaunch(folder.path);
+  const auto [records, revision] = relaunch(folder.path());
   ASSERT_EQ(records.size(), 1u);
   EXPECT_EQ(records[0].projectName, revisionName(kLast));
   EXPECT_EQ(revision, kLast);
@@ -123,7 +123,7 @@ TEST(AutosaveCrashTest, KillMidWriteLeavesTheOldOrTheNewStateWhole) {
   std::uniform_int_distribution<int> delayMicros(0, 30'000);
   for (int round = 0; round < 4; ++round) {
     TempFolder folder;
-    Editor editor = Editor::start(folder.path, /*waitsForGo=*/false);
+    Editor editor = Editor::start(folder.path(), /*waitsForGo=*/false);
     ASSERT_GT(editor.pid, 0);
     const int first = editor.nextReport();  // a first snapshot exists
     ASSERT_EQ(first, 1);
@@ -131,7 +131,7 @@ TEST(AutosaveCrashTest, KillMidWriteLeavesTheOldOrTheNewStateWhole) {
     const int lastReported = editor.kill(first);
 
     // Killed after reporting lastReported, perhaps while writing the next.
-    const auto [records, revision] = relaunch(folder.path);
+    const auto [records, revision] = relaunch(folder.path());
     ASSERT_EQ(records.size(), 1u) << "round " << round;
     EXPECT_TRUE(revision == lastReported || revision == lastReported + 1)
         << "round " << round << ": snapshot holds " << revision << ", last reported "

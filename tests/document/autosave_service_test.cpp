@@ -47,7 +47,7 @@ struct ErrorLog {
 class AutosaveServiceTest : public ::testing::Test {
  protected:
   TempFolder folder;
-  fs::path root = folder.path / "Orvane";
+  fs::path root = folder.path() / "Orvane";
   ManualTimerFactory timers;
 };
 

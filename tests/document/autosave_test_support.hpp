@@ -14,6 +14,7 @@
 
 #include "core/uuid.hpp"
 #include "document/autosave_service.hpp"
+#include "tests/document/temp_folder.hpp"
 
 namespace orvane::document::testing_support {
 
@@ -73,22 +74,5 @@ inline std::string fileText(const std::filesystem::path& path) {
   s << in.rdbuf();
   return s.str();
 }
-
-// A fresh, empty folder under the system's temporary directory.
-struct TempFolder {
-  TempFolder()
-      : path(std::filesystem::temp_directory_path() /
-             ("orvane-autosave-" + core::Uuid::make().text())) {
-    std::filesystem::create_directories(path);
-  }
-  ~TempFolder() {
-    std::error_code ec;
-    std::filesystem::remove_all(path, ec);
-  }
-  TempFolder(const TempFolder&) = delete;
-  TempFolder& operator=(const TempFolder&) = delete;
-
-  std::filesystem::path path;
-};
 
 }  // namespace orvane::document::testing_support

@@ -8,7 +8,7 @@
 #include "document/packaged_media.hpp"
 #include "document/project_codec.hpp"
 #include "document/project_document.hpp"
-#include "temp_folder.hpp"
+#include "tests/document/temp_folder.hpp"
 
 namespace orvane::document {
 namespace {

@@ -40,7 +40,7 @@ class RecoveryPresenterTest : public ::testing::Test {
 
   TempFolder folder;
   ManualTimerFactory timers;
-  AutosaveService service{folder.path, timers};
+  AutosaveService service{folder.path(), timers};
 };
 
 TEST(RecoveryPresenterTexts, MessageNamesTheCount) {
@@ -80,9 +80,9 @@ TEST_F(RecoveryPresenterTest, CopiesGetFreeNamesBesideTheSnapshots) {
     const auto record = std::ranges::find(records, c.name, &RecoveryRecord::projectName);
     ASSERT_NE(record, records.end());
     for (const auto& expected : c.expected) {
-      const auto copy = RecoveryPresenter::copyForRecovery(*record, folder.path);
+      const auto copy = RecoveryPresenter::copyForRecovery(*record, folder.path());
       ASSERT_TRUE(copy.has_value()) << copy.error().message;
-      EXPECT_EQ(*copy, folder.path / "Recovered" / expected);
+      EXPECT_EQ(*copy, folder.path() / "Recovered" / expected);
       EXPECT_EQ(fileText(*copy), fileText(record->snapshotPath));
     }
   }
@@ -106,7 +106,7 @@ TEST_F(RecoveryPresenterTest, RecoverOpensTheCopyThenDiscardsTheSnapshot) {
 
   EXPECT_TRUE(alerts.empty());
   ASSERT_EQ(opened.size(), 2u);
-  for (const auto& path : opened) EXPECT_EQ(path.parent_path(), folder.path / "Recovered");
+  for (const auto& path : opened) EXPECT_EQ(path.parent_path(), folder.path() / "Recovered");
   for (const auto& record : records) {
     // A copy that would not open keeps its snapshot for the next try.
     EXPECT_EQ(snapshotExists(record), record.projectName == "Refused") << record.projectName;
@@ -118,7 +118,7 @@ TEST_F(RecoveryPresenterTest, FailedCopyAlertsAndKeepsTheSnapshot) {
   auto records = crashWith({"Lost"});
   ASSERT_EQ(records.size(), 1u);
   // Something that is not a file in the way of the Recovered folder.
-  std::ofstream(folder.path / "Recovered") << "x";
+  std::ofstream(folder.path() / "Recovered") << "x";
   bool opened = false;
   const auto alerts = RecoveryPresenter::apply(RecoveryChoice::recover, records, service,
                                                [&](const fs::path&) -> std::expected<void, std::string> {
