@@ -20,7 +20,11 @@ struct DocumentFixture : ::testing::Test {
   ProjectDocument doc{testing_support::sampleProject(), [this] { return mouseDown; }};
   UndoStack undo;
   int published = 0;
-  DocumentFixture() { doc.addRevisionObserver([this] { ++published; }); }
+  int menuChanges = 0;
+  DocumentFixture() {
+    doc.addRevisionObserver([this] { ++published; });
+    undo.setOnChange([this] { ++menuChanges; });
+  }
 };
 
 using ProjectDocumentTest = DocumentFixture;
@@ -42,6 +46,8 @@ TEST_F(ProjectDocumentTest, PerformIsOneNamedStepWithUndoAndRedo) {
   EXPECT_EQ(doc.project(), after);
   EXPECT_EQ(undo.undoActionName(), "Rename Project");
   EXPECT_EQ(doc.revision(), 3);
+  // The Edit menu hears of the new step, the undo and the redo.
+  EXPECT_GE(menuChanges, 3);
 }
 
 TEST_F(ProjectDocumentTest, NoOpEditsLeaveNoTrace) {
