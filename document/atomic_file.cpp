@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <vector>
 
@@ -64,6 +65,22 @@ fs::path resolvedTarget(const fs::path& path) {
   return path;
 }
 
+// A save killed mid-write leaves its temporary file behind. Those older
+// than a few minutes cannot belong to a save in progress and are removed
+// after the next successful one.
+void removeStaleTemporaries(const fs::path& target) {
+  constexpr auto kStaleAfter = std::chrono::minutes(10);
+  const std::string prefix = "." + target.filename().string() + ".tmp-";
+  std::error_code ec;
+  const auto now = fs::file_time_type::clock::now();
+  for (const auto& entry : fs::directory_iterator(target.parent_path().empty() ? "." : target.parent_path(), ec)) {
+    if (!entry.path().filename().string().starts_with(prefix)) continue;
+    std::error_code entryError;
+    const auto written = entry.last_write_time(entryError);
+    if (!entryError && now - written > kStaleAfter) fs::remove(entry.path(), entryError);
+  }
+}
+
 void syncFolder(const fs::path& folder) {
   Fd dir(::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (dir.ok()) ::fsync(dir.get());
@@ -93,6 +110,7 @@ std::expected<void, FileError> replaceAtomically(const fs::path& requested, Fill
   if (fd.close() != 0) return fail(errno);
   if (::rename(temp.c_str(), target.c_str()) != 0) return fail(errno);
   syncFolder(folder);
+  removeStaleTemporaries(target);
   return {};
 }
 

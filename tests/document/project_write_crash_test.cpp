@@ -8,6 +8,8 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <fstream>
+#include <vector>
 #include <random>
 #include <thread>
 
@@ -81,6 +83,23 @@ TEST(ProjectWriteCrashTest, AKillAtAnyMomentLeavesTheOldOrTheNewFile) {
   }
   // The timing must really have hit writes in progress some of the time.
   EXPECT_GT(killedBeforeNextSave, 0);
+
+  // What the killed saves left behind goes with the next save once it is
+  // old enough not to belong to a save in progress.
+  const auto leftovers = [&] {
+    std::vector<fs::path> found;
+    for (const auto& entry : fs::directory_iterator(dir.path()))
+      if (entry.path().filename().string().starts_with(".Growing.orvane.tmp-")) found.push_back(entry.path());
+    return found;
+  };
+  const fs::path fresh = dir.path() / ".Growing.orvane.tmp-fresh1";
+  const fs::path old = dir.path() / ".Growing.orvane.tmp-stale1";
+  std::ofstream(fresh) << "{";
+  std::ofstream(old) << "{";
+  for (const fs::path& p : leftovers())
+    if (p != fresh) fs::last_write_time(p, fs::file_time_type::clock::now() - std::chrono::hours(1));
+  ASSERT_TRUE(ProjectCodec::write(versionNumbered(onDisk + 1), path));
+  EXPECT_EQ(leftovers(), std::vector<fs::path>{fresh});
 }
 
 }  // namespace
