@@ -7,37 +7,22 @@
 
 #include <benchmark/benchmark.h>
 
-#include "bench/ratio_reporter.hpp"
-
-#include <atomic>
 #include <cstdio>
-#include <cstdlib>
 #include <map>
-#include <new>
 #include <string>
 
+#include "bench/allocation_counter.hpp"
+#include "bench/bench_projects.hpp"
+#include "bench/ratio_reporter.hpp"
 #include "core/animated_property.hpp"
 #include "core/project.hpp"
-#include "bench/bench_projects.hpp"
 
-// ------------------------------------------------------ allocation counter
-
-namespace {
-std::atomic<std::size_t> gAllocations{0};
-}
-
-void* operator new(std::size_t size) {
-  gAllocations.fetch_add(1, std::memory_order_relaxed);
-  if (void* p = std::malloc(size ? size : 1)) return p;
-  throw std::bad_alloc();
-}
-void operator delete(void* p) noexcept { std::free(p); }
-void operator delete(void* p, std::size_t) noexcept { std::free(p); }
 
 namespace {
 
 using namespace orvane::core;
 using namespace orvane::bench_projects;
+using orvane::bench_support::allocationCount;
 
 // Evaluates at 97 times spread over the keys, so every segment is visited.
 template <class Read>
@@ -45,13 +30,13 @@ void evaluate(benchmark::State& state, const AnimatedProperty& property, Read re
   constexpr int kSamples = 97;
   OVTime times[kSamples];
   for (int i = 0; i < kSamples; ++i) times[i] = OVTime::fromSeconds(19.0 * i / kSamples + 0.013);
-  const std::size_t before = gAllocations.load();
+  const std::size_t before = allocationCount.load();
   std::int64_t calls = 0;
   for (auto _ : state) {
     for (const OVTime& t : times) benchmark::DoNotOptimize(read(property, t));
     calls += kSamples;
   }
-  const double allocationsPerCall = static_cast<double>(gAllocations.load() - before) / static_cast<double>(calls);
+  const double allocationsPerCall = static_cast<double>(allocationCount.load() - before) / static_cast<double>(calls);
   state.counters["allocs/call"] = allocationsPerCall;
   state.counters["ns/call"] = benchmark::Counter(static_cast<double>(calls),
                                                  benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
@@ -112,11 +97,8 @@ BENCHMARK(BM_VisibleVisualLayers1000);
 }  // namespace
 
 int main(int argc, char** argv) {
-  benchmark::Initialize(&argc, argv);
-  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
   orvane::bench_support::RatioReporter reporter;
-  benchmark::RunSpecifiedBenchmarks(&reporter);
-  benchmark::Shutdown();
+  if (!orvane::bench_support::runBenchmarks(argc, argv, reporter)) return 1;
 
   int status = reporter.failed ? 1 : 0;
   const auto small = reporter.times.find("BM_ProjectCopyCompareAfterChange/10");

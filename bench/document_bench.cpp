@@ -7,12 +7,11 @@
 
 #include <benchmark/benchmark.h>
 
-#include "bench/ratio_reporter.hpp"
-
 #include <cstdio>
 #include <string>
 
 #include "bench/bench_projects.hpp"
+#include "bench/ratio_reporter.hpp"
 #include "document/project_codec.hpp"
 #include "document/project_document.hpp"
 #include "tests/document/sample_project.hpp"
@@ -78,15 +77,11 @@ void BM_PerformOneLayerChange(benchmark::State& state) {
 }
 BENCHMARK(BM_PerformOneLayerChange)->Arg(10)->Arg(1000);
 
-
 }  // namespace
 
 int main(int argc, char** argv) {
-  benchmark::Initialize(&argc, argv);
-  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
   orvane::bench_support::RatioReporter reporter;
-  benchmark::RunSpecifiedBenchmarks(&reporter);
-  benchmark::Shutdown();
+  if (!orvane::bench_support::runBenchmarks(argc, argv, reporter)) return 1;
   int status = reporter.failed ? 1 : 0;
   for (const std::string name : {"BM_PerformNoOp", "BM_PerformOneLayerChange"}) {
     const double ratio = reporter.ratio(name + "/1000", name + "/10");

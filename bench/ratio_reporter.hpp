@@ -32,4 +32,14 @@ class RatioReporter : public benchmark::ConsoleReporter {
   bool failed = false;
 };
 
+// Runs the benchmarks that the command line selects into reporter.
+// Returns false when the command line holds arguments it does not know.
+inline bool runBenchmarks(int& argc, char** argv, RatioReporter& reporter) {
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return false;
+  benchmark::RunSpecifiedBenchmarks(&reporter);
+  benchmark::Shutdown();
+  return true;
+}
+
 }  // namespace orvane::bench_support

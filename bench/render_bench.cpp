@@ -8,30 +8,15 @@
 
 #include <benchmark/benchmark.h>
 
-#include <atomic>
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
-#include <new>
 #include <numbers>
 
+#include "bench/allocation_counter.hpp"
 #include "bench/ratio_reporter.hpp"
 #include "render/draw_layer.hpp"
 #include "render/image_ops.hpp"
 
-// ------------------------------------------------------ allocation counter
-
-namespace {
-std::atomic<std::size_t> gAllocations{0};
-}
-
-void* operator new(std::size_t size) {
-  gAllocations.fetch_add(1, std::memory_order_relaxed);
-  if (void* p = std::malloc(size ? size : 1)) return p;
-  throw std::bad_alloc();
-}
-void operator delete(void* p) noexcept { std::free(p); }
-void operator delete(void* p, std::size_t) noexcept { std::free(p); }
 
 namespace {
 
@@ -81,9 +66,9 @@ void reportRate(benchmark::State& state, std::size_t allocations) {
 // allocates a little of its own).
 template <class Call>
 std::size_t countAllocations(Call&& call) {
-  const std::size_t before = gAllocations.load();
+  const std::size_t before = orvane::bench_support::allocationCount.load();
   call();
-  return gAllocations.load() - before;
+  return orvane::bench_support::allocationCount.load() - before;
 }
 
 void drawLayerBenchmark(benchmark::State& state, double scale) {
@@ -129,11 +114,8 @@ BENCHMARK(BM_TransformOpacityBlendSteps)->Arg(1)->Arg(2)->Unit(benchmark::kMilli
 }  // namespace
 
 int main(int argc, char** argv) {
-  benchmark::Initialize(&argc, argv);
-  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
   orvane::bench_support::RatioReporter reporter;
-  benchmark::RunSpecifiedBenchmarks(&reporter);
-  benchmark::Shutdown();
+  if (!orvane::bench_support::runBenchmarks(argc, argv, reporter)) return 1;
 
   for (const char* name : {"BM_DrawLayerRotated", "BM_DrawLayerDownscaleEighth", "BM_TransformOpacityBlendSteps"}) {
     const double speedUp = reporter.ratio(std::string(name) + "/1/real_time", std::string(name) + "/2/real_time");
