@@ -135,7 +135,21 @@ struct Composition {
   // The ancestors, nearest first; stops at a missing parent or a repeat.
   std::vector<const Layer*> parentChainFor(const Uuid& id) const;
 
+  // The shortest any layer, clip or work area may get: one frame.
+  OVTime minimumLayerDuration() const { return frameRate.frameDuration(); }
+
   // --- Edits ---
+  // In a sequence the index is ignored: the layer goes on onTrack, else its
+  // own track, else the default track for it, at the nearest start that
+  // covers no clip (no crossfade), else at the track's end; snapped to a
+  // frame, then the sequence order is restored. Otherwise it is inserted at
+  // index, limited to the count.
+  void insert(Layer layer, std::size_t index = 0, const std::optional<Uuid>& onTrack = std::nullopt);
+  // Removes the layer and clears every parent link to it. The sequence order
+  // is not restored.
+  void remove(const Uuid& id);
+  // To toIndex limited to the list; nothing when already there.
+  void move(const Uuid& id, std::size_t toIndex);
   // Applies change to the layer with this id; nothing for an unknown id.
   template <class Change>
   void update(const Uuid& layerID, Change&& change) {

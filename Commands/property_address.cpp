@@ -1,0 +1,1 @@
+#include "Commands/property_address.hpp"
