@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 
+#include "Commands/clipboard_channel.hpp"
 #include "core/animated_property.hpp"
 #include "core/layer.hpp"
 #include "core/layer_parts.hpp"
@@ -17,20 +18,6 @@
 #include "document/project_document.hpp"
 
 namespace orvane::commands {
-
-// A channel of a layer independent of the layer: what the keyframe
-// clipboard stores. An effect parameter names the catalog id of the effect
-// (not the instance), so that it can meet the same effect on another layer.
-struct ClipboardChannel {
-  enum class Kind { transform, crop, effectParameter, audioVolume, audioPan, textReveal };
-  Kind kind = Kind::transform;
-  core::LayerTransform::Channel channel = core::LayerTransform::Channel::position;  // transform
-  core::LayerCrop::Edge edge = core::LayerCrop::Edge::left;                          // crop
-  std::string effectID;     // effectParameter: catalog id
-  std::string parameterID;  // effectParameter
-
-  friend bool operator==(const ClipboardChannel&, const ClipboardChannel&) = default;
-};
 
 struct PropertyAddress {
   enum class Kind { transform, crop, maskPath, maskFeather, textReveal, audioVolume, audioPan, effectParameter };

@@ -13,7 +13,7 @@ struct Marker {
   Uuid id = Uuid::make();
   OVTime time;
   std::string name;
-  OVColor color;
+  OVColor color{1.0, 0.8, 0.2, 1};  // amber: reads on the dark timeline
 
   friend bool operator==(const Marker&, const Marker&) = default;
 };

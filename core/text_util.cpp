@@ -1,21 +1,26 @@
 #include "core/text_util.hpp"
 
 #include <cstdint>
+#include <utility>
 
 namespace orvane::core {
 namespace {
 
-// Decodes the code point at i (a malformed byte counts as itself) and its
+// U+FFFD REPLACEMENT CHARACTER: what a malformed byte decodes to. It must
+// not read as its own value, or a stray 0x85 or 0xA0 would count as a space.
+constexpr std::uint32_t kMalformed = 0xFFFD;
+
+// Decodes the code point at i (a malformed byte alone, as U+FFFD) and its
 // length in bytes.
 std::pair<std::uint32_t, std::size_t> codePointAt(std::string_view s, std::size_t i) {
   const auto b = static_cast<unsigned char>(s[i]);
-  std::size_t n = b < 0x80 ? 1 : (b >> 5) == 0x6 ? 2 : (b >> 4) == 0xE ? 3 : (b >> 3) == 0x1E ? 4 : 1;
-  if (i + n > s.size()) n = 1;
-  if (n == 1) return {b, 1};
+  if (b < 0x80) return {b, 1};
+  const std::size_t n = (b >> 5) == 0x6 ? 2 : (b >> 4) == 0xE ? 3 : (b >> 3) == 0x1E ? 4 : 1;
+  if (n == 1 || i + n > s.size()) return {kMalformed, 1};
   std::uint32_t cp = b & (0x7F >> n);
   for (std::size_t k = 1; k < n; ++k) {
     const auto c = static_cast<unsigned char>(s[i + k]);
-    if ((c >> 6) != 0x2) return {b, 1};
+    if ((c >> 6) != 0x2) return {kMalformed, 1};
     cp = (cp << 6) | (c & 0x3F);
   }
   return {cp, n};

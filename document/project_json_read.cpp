@@ -10,6 +10,7 @@
 #include "core/enum_text.hpp"
 #include "document/json_reading.hpp"
 #include "document/project_json.hpp"
+#include "document/record_json.hpp"
 
 namespace orvane::document {
 namespace {
@@ -463,6 +464,11 @@ std::int64_t probeFormatVersion(const nlohmann::json& j) {
 }
 
 }  // namespace
+
+core::Layer decodeLayer(const json& j, const Where& where) { return readLayer(j, where); }
+core::MediaAsset decodeMediaAsset(const json& j, const Where& where) { return readAsset(j, where); }
+core::Keyframe decodeKeyframe(const json& j, const Where& where) { return readKeyframe(j, where); }
+core::OVTime decodeTime(const json& j, const Where& where) { return readTime(j, where); }
 
 OVProject decodeProjectJson(std::string_view data) {
   const nlohmann::json j = parse(data);

@@ -9,6 +9,7 @@
 #include "core/base64.hpp"
 #include "core/enum_text.hpp"
 #include "document/project_json.hpp"
+#include "document/record_json.hpp"
 
 namespace orvane::document {
 namespace {
@@ -274,6 +275,11 @@ json project(const OVProject& p) {
 }
 
 }  // namespace
+
+json encodeLayer(const Layer& l) { return layer(l); }
+json encodeMediaAsset(const MediaAsset& a) { return asset(a); }
+json encodeKeyframe(const Keyframe& k) { return keyframe(k); }
+json encodeTime(const OVTime& t) { return time(t); }
 
 std::string encodeProjectJson(const OVProject& p) {
   // Text that is not valid UTF-8 is written with replacement characters
