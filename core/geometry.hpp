@@ -42,6 +42,21 @@ struct OVSize {
 inline constexpr OVSize OVSize::zero{};
 inline std::size_t hashValue(const OVSize& s) { return hashAll(s.width, s.height); }
 
+// An axis-aligned rectangle: origin (x, y) at its lower left in the y-up
+// space, then its size.
+struct OVRect {
+  double x = 0;
+  double y = 0;
+  double width = 0;
+  double height = 0;
+
+  double maxX() const { return x + width; }
+  double maxY() const { return y + height; }
+  bool isEmpty() const { return !(width > 0 && height > 0); }
+
+  friend bool operator==(const OVRect&, const OVRect&) = default;
+};
+
 struct OVColor {
   double red = 0;
   double green = 0;

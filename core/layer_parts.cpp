@@ -1,5 +1,6 @@
 #include "core/layer_parts.hpp"
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 #include <utility>
@@ -100,9 +101,20 @@ const AnimatedProperty& LayerCrop::operator[](Edge e) const {
 }
 
 bool LayerCrop::isActiveAt(const OVTime& t) const {
+  // Half a unit or less cuts nothing visible, so the renderer skips it.
   for (Edge e : allCases<Edge>())
-    if ((*this)[e].doubleValueAt(t, 0) > 0) return true;
+    if ((*this)[e].doubleValueAt(t, 0) > 0.5) return true;
   return false;
+}
+
+OVRect LayerCrop::sourceRectAt(const OVTime& t, const OVSize& layerSize) const {
+  const auto edge = [&](Edge e) { return std::max((*this)[e].doubleValueAt(t, 0), 0.0); };
+  const double l = edge(Edge::left), tp = edge(Edge::top), r = edge(Edge::right), b = edge(Edge::bottom);
+  const double width = std::max(1.0, layerSize.width - l - r);
+  const double height = std::max(1.0, layerSize.height - tp - b);
+  // Top counts from the upper edge and the space is y-up, so y is measured
+  // from the far end; edges that pass each other leave a strip of 1 unit.
+  return {l, std::max(0.0, layerSize.height - tp - height), width, height};
 }
 
 std::size_t hashValue(const LayerCrop& c) { return hashAll(c.left, c.top, c.right, c.bottom); }

@@ -90,8 +90,11 @@ struct LayerCrop {
 
   AnimatedProperty& operator[](Edge e);
   const AnimatedProperty& operator[](Edge e) const;
-  // Some edge evaluates above 0 at t.
+  // Some edge evaluates above half a unit at t.
   bool isActiveAt(const OVTime& t) const;
+  // What the crop keeps of a layer of layerSize at t, in layer units (y up):
+  // edges floored at 0, never narrower or lower than 1 unit.
+  OVRect sourceRectAt(const OVTime& t, const OVSize& layerSize) const;
 
   friend bool operator==(const LayerCrop&, const LayerCrop&) = default;
 };

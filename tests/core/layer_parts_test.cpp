@@ -204,7 +204,7 @@ TEST(LayerTransformTest, ChannelsReachTheirPropertyAndAnyKeyframedOneAnimates) {
   EXPECT_FALSE(t.isAnimated());
 }
 
-TEST(LayerCropTest, EdgesReachTheirPropertyAndCutWhenPositive) {
+TEST(LayerCropTest, EdgesReachTheirPropertyAndCutPastHalfAUnit) {
   LayerCrop crop;
   const std::pair<Edge, AnimatedProperty*> edges[] = {
       {Edge::left, &crop.left}, {Edge::top, &crop.top}, {Edge::right, &crop.right}, {Edge::bottom, &crop.bottom}};
@@ -214,6 +214,8 @@ TEST(LayerCropTest, EdgesReachTheirPropertyAndCutWhenPositive) {
     EXPECT_EQ(&std::as_const(crop)[edge], property) << rawValue(edge);
     LayerCrop cut;
     cut[edge] = AnimatedProperty::double_(0.5);
+    EXPECT_FALSE(cut.isActiveAt(secs(0))) << rawValue(edge);
+    cut[edge] = AnimatedProperty::double_(0.6);
     EXPECT_TRUE(cut.isActiveAt(secs(0))) << rawValue(edge);
     EXPECT_NE(cut, LayerCrop::zero);
   }
@@ -225,6 +227,29 @@ TEST(LayerCropTest, EdgesReachTheirPropertyAndCutWhenPositive) {
   animated.left.upsertKeyframe(PropertyValue::double_(10), secs(2));
   EXPECT_FALSE(animated.isActiveAt(secs(0)));
   EXPECT_TRUE(animated.isActiveAt(secs(1)));
+}
+
+TEST(LayerCropTest, SourceRectKeepsWhatTheEdgesLeaveMeasuringTopFromTheUpperEdge) {
+  const OVSize size{100, 50};
+  LayerCrop crop;
+  crop.left = AnimatedProperty::double_(10);
+  crop.top = AnimatedProperty::double_(5);
+  crop.right = AnimatedProperty::double_(20);
+  crop.bottom = AnimatedProperty::double_(15);
+  EXPECT_EQ(crop.sourceRectAt(secs(0), size), (OVRect{10, 15, 70, 30}));
+
+  // Negative edges count as 0.
+  LayerCrop negative;
+  negative.top = AnimatedProperty::double_(-8);
+  EXPECT_EQ(negative.sourceRectAt(secs(0), size), (OVRect{0, 0, 100, 50}));
+
+  // Edges that pass each other leave a strip of one unit at the left / bottom
+  // of what was asked; a left edge past the layer puts it outside.
+  LayerCrop crossed;
+  crossed.left = AnimatedProperty::double_(150);
+  crossed.top = AnimatedProperty::double_(40);
+  crossed.bottom = AnimatedProperty::double_(40);
+  EXPECT_EQ(crossed.sourceRectAt(secs(0), size), (OVRect{150, 9, 1, 1}));
 }
 
 TEST(LayerMaskTest, PathValueIsThePathOrAnEmptyClosedOne) {
