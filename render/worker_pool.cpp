@@ -60,7 +60,8 @@ void WorkerPool::run(int begin, int end, std::int64_t pixelsPerRow, BandFunction
   if (end <= begin) return;
   const int rows = end - begin;
   bool idle = false;
-  if (workers_.empty() || rows < 2 || std::int64_t{rows} * pixelsPerRow < kMinParallelPixels ||
+  if (workers_.empty() || serial_.load(std::memory_order_relaxed) || rows < 2 ||
+      std::int64_t{rows} * pixelsPerRow < kMinParallelPixels ||
       !busy_.compare_exchange_strong(idle, true, std::memory_order_acquire)) {
     function(context, begin, end);
     return;

@@ -29,6 +29,10 @@ class WorkerPool {
 
   int threadCount() const { return static_cast<int>(workers_.size()) + 1; }
 
+  // While serial, every job runs on its caller alone: the benchmarks measure
+  // one thread against all with the same pool. Any thread may set it.
+  void setSerial(bool serial) { serial_.store(serial, std::memory_order_relaxed); }
+
   // The pool of the process: one thread per hardware thread.
   static WorkerPool& shared();
 
@@ -70,6 +74,7 @@ class WorkerPool {
   int end_ = 0;
 
   std::atomic<bool> busy_{false};
+  std::atomic<bool> serial_{false};
   std::atomic<int> nextBand_{0};
   std::atomic<int> pendingWorkers_{0};
 };
