@@ -14,6 +14,7 @@
 #include <unordered_map>
 
 #include "core/layer_content.hpp"
+#include "render/bounded_cache.hpp"
 #include "render/generated_image.hpp"
 
 namespace orvane::render {
@@ -21,6 +22,9 @@ namespace orvane::render {
 class GeneratedImageFactory {
  public:
   static constexpr std::size_t countLimit = 256;
+  // The cache also lets go of the least recently used pictures once their
+  // float pixels pass this many bytes, as a memory-pressure stand-in.
+  static constexpr std::size_t costLimit = std::size_t{512} << 20;
 
   static GeneratedImageFactory& shared();
 
@@ -30,6 +34,22 @@ class GeneratedImageFactory {
   void clearCache();
   // How many pictures are cached now.
   std::size_t cachedCount() const;
+
+  // The cache key of content at textReveal: "text:<hash>:<revealed count>"
+  // or "shape:<hash>", the hash in decimal; none for content that isn't
+  // cached (solids and the rest).
+  static std::optional<std::string> cacheKeyFor(const core::LayerContent& content, double textReveal = 100);
+
+  // A solid: its colour cropped to at least 1 × 1, with no bitmap. None for
+  // a size that isn't finite or is too large, or a colour that isn't a number.
+  static std::optional<GeneratedImage> solidImage(const core::SolidContent& content);
+
+ private:
+  template <class Build>
+  std::optional<GeneratedImage> cached(const std::string& key, Build&& build);
+
+  mutable std::mutex mutex_;
+  BoundedCache<GeneratedImage> cache_{countLimit, costLimit};  // guarded by mutex_
 };
 
 }  // namespace orvane::render
