@@ -16,7 +16,26 @@ namespace orvane::render {
 // image (one clamped to its extent) is blurred over `within` only and the
 // result cropped to it; a finite image ignores `within`. A sigma of 0 or
 // less returns image as it is.
+//
+// Fails with unbounded for an infinite image without a finite, non-empty
+// `within`, with tooLarge when the result or the kernel passes
+// kMaxImageSide, with outOfMemory when the pixels can't be had.
 std::expected<Image, ImageError> gaussianBlur(const Image& image, double sigma, const PixelRect& within = {},
                                               WorkerPool& pool = WorkerPool::shared());
+
+// How the kernel is applied. `automatic` takes the sampled kernel for small
+// sigma, where it is as cheap, and three extended box filters (each of
+// variance sigma² / 3) above, where they cost the same whatever the sigma.
+// The other two exist for the benchmarks and the accuracy tests.
+enum class GaussianBlurMethod { automatic, exact, boxes };
+
+// The sigma from which `automatic` takes the box filters.
+inline constexpr double kBoxBlurMinSigma = 3;
+
+// The reach of the kernel: how far the extent of a finite image grows.
+int gaussianBlurReach(double sigma);
+
+std::expected<Image, ImageError> gaussianBlur(const Image& image, double sigma, const PixelRect& within,
+                                              WorkerPool& pool, GaussianBlurMethod method);
 
 }  // namespace orvane::render
