@@ -11,7 +11,6 @@
 #include <mutex>
 #include <optional>
 #include <string>
-#include <unordered_map>
 
 #include "core/layer_content.hpp"
 #include "render/bounded_cache.hpp"

@@ -1,13 +1,9 @@
 #include "render/text_layout_builder.hpp"
 
-#include <QFontDatabase>
-#include <QFontInfo>
 #include <QTextBoundaryFinder>
 #include <algorithm>
 #include <cmath>
-#include <mutex>
 #include <string>
-#include <unordered_map>
 
 #include "render/font_resolver.hpp"
 #include "render/image.hpp"

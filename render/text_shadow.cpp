@@ -27,6 +27,10 @@ std::array<int, 3> boxRadii(double sigma) {
   return radii;
 }
 
+// A value of 0 ... 255 (or a little past, from float sums) as a byte,
+// rounded to nearest.
+inline uchar byteOf(float v) { return static_cast<uchar>(std::clamp(v, 0.0f, 255.0f) + 0.5f); }
+
 struct Plane {
   std::vector<float> values;
   int width = 0;
@@ -91,7 +95,7 @@ void blurAlphaBitmap(QImage& alpha, double sigma, WorkerPool& pool) {
   for (int y = 0; y < a.height; ++y) {
     uchar* out = alpha.scanLine(y);
     const float* in = a.row(y);
-    for (int x = 0; x < a.width; ++x) out[x] = static_cast<uchar>(std::clamp(std::lround(in[x]), 0L, 255L));
+    for (int x = 0; x < a.width; ++x) out[x] = byteOf(in[x]);
   }
 }
 
@@ -132,7 +136,7 @@ void drawTextShadow(QImage& bitmap, const QPainterPath& glyphs, const QColor& fi
         const float m = static_cast<float>(mask[x]) / 255.0f;
         const float keep = 1.0f - tint[3] * m;
         for (int c = 0; c < 4; ++c) {
-          pixel[c] = static_cast<uchar>(std::clamp(std::lround(tint[c] * m * 255.0f + pixel[c] * keep), 0L, 255L));
+          pixel[c] = byteOf(tint[c] * m * 255.0f + pixel[c] * keep);
         }
       }
     }

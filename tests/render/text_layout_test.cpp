@@ -7,11 +7,14 @@
 #include <QFontInfo>
 #include <cmath>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "render/font_resolver.hpp"
 #include "render/generated_image_factory.hpp"
 #include "render/text_drawing.hpp"
 #include "render/text_layout_builder.hpp"
+#include "render/text_shadow.hpp"
 #include "tests/render/golden.hpp"
 
 namespace orvane::render {
@@ -214,6 +217,12 @@ TEST(TextDrawingTest, RevealZeroDrawsOnlyTheBackingAtFullSize) {
   for (int x = 0; x < e.width; ++x) differing += full.image.pixelAt(x, e.height / 2) != Rgba{0, 0, 1, 1};
   EXPECT_GT(differing, 0);
   EXPECT_TRUE(GeneratedImageFactory::cacheKeyFor(core::LayerContent::text(content), 0)->ends_with(":0"));
+
+  content.backgroundColor = {1, 0, 0, 0.5};  // a translucent backing, premultiplied
+  const Rgba backing = drawn(content, 0).image.pixelAt(0, 0);
+  EXPECT_NEAR(backing.r, 0.5f, 1.0f / 255);
+  EXPECT_EQ(backing.g, 0);
+  EXPECT_NEAR(backing.a, 0.5f, 1.0f / 255);
 }
 
 TEST(TextDrawingTest, RevealedLettersKeepTheirPlaceAndTheRestTakesItsSpace) {
@@ -297,6 +306,59 @@ TEST(TextDrawingTest, ShadowFallsByItsYUpOffsetBehindTheText) {
   ASSERT_FALSE(black.isEmpty());
   EXPECT_NEAR(black.maxX() - white.maxX(), 12, 1);
   EXPECT_NEAR(black.y - white.y, -20, 1);
+}
+
+TEST(TextShadowTest, BlurKeepsTheCoverageAndSpreadsItBySigma) {
+  QImage alpha(101, 101, QImage::Format_Alpha8);
+  alpha.fill(0);
+  for (int y = 46; y < 55; ++y) std::fill_n(alpha.scanLine(y) + 46, 9, uchar{255});
+  blurAlphaBitmap(alpha, 4.0);
+  double total = 0, spread = 0;
+  for (int y = 0; y < 101; ++y) {
+    for (int x = 0; x < 101; ++x) {
+      const double v = alpha.constScanLine(y)[x];
+      total += v;
+      spread += v * (x - 50) * (x - 50);
+    }
+  }
+  EXPECT_NEAR(total, 81 * 255, 81 * 255 * 0.03);
+  // A 9-wide square has a variance of (81 - 1) / 12; the blur adds sigma²,
+  // to within what three boxes of whole odd widths can match.
+  EXPECT_NEAR(std::sqrt(spread / total - 80.0 / 12), 4.0, 0.25);
+  // Symmetric, and nothing at the far edge.
+  EXPECT_EQ(alpha.constScanLine(50)[30], alpha.constScanLine(50)[70]);
+  EXPECT_EQ(alpha.constScanLine(50)[0], 0);
+
+  QImage untouched = alpha.copy();
+  blurAlphaBitmap(untouched, 0);
+  blurAlphaBitmap(untouched, NAN);
+  EXPECT_EQ(untouched, alpha);
+}
+
+TEST(TextDrawingTest, ManyThreadsDrawAlike) {
+  std::vector<TextContent> contents;
+  for (const char* word : {"alpha", "beta", "gamma", "delta"}) {
+    TextContent content = plain(word, 30);
+    content.hasShadow = true;
+    content.strokeWidth = 2;
+    contents.push_back(content);
+  }
+  std::vector<GeneratedImage> alone;
+  for (const auto& content : contents) alone.push_back(drawn(content));
+  std::vector<std::optional<GeneratedImage>> together(contents.size());
+  std::vector<std::thread> threads;
+  for (std::size_t i = 0; i < contents.size(); ++i) {
+    threads.emplace_back([&, i] { together[i] = drawText(contents[i], 100); });
+  }
+  for (auto& t : threads) t.join();
+  for (std::size_t i = 0; i < contents.size(); ++i) {
+    ASSERT_TRUE(together[i].has_value());
+    const PixelRect e = alone[i].image.extent();
+    ASSERT_EQ(together[i]->image.extent(), e);
+    for (int y = 0; y < e.height; ++y) {
+      for (int x = 0; x < e.width; ++x) ASSERT_EQ(together[i]->image.pixelAt(x, y), alone[i].image.pixelAt(x, y));
+    }
+  }
 }
 
 TEST(TextDrawingTest, BadSizesDegrade) {
