@@ -101,51 +101,42 @@ TEST(ShapePathBuilderTest, LineRunsFromBottomLeftToTopRightOpen) {
   EXPECT_EQ(QPointF(path.elementAt(1)), QPointF(35, 46));
 }
 
-TEST(ShapeDrawingTest, FilledRectangleIsExactInsideAndClearOutside) {
-  const GeneratedImage generated = drawn(shape(Type::rectangle, {40, 30}));
-  EXPECT_EQ(generated.size, (core::OVSize{40, 30}));
-  EXPECT_EQ(generated.image.extent(), (PixelRect{0, 0, 40, 30}));
-  EXPECT_EQ(generated.image.pixelAt(0, 0), kRed);
-  EXPECT_EQ(generated.image.pixelAt(39, 29), kRed);
-  EXPECT_EQ(generated.image.pixelAt(40, 10), kClear);
-}
-
-TEST(ShapeDrawingTest, StrokeIsCentredOnTheOutlineAndTheCanvasGrowsByItsWidth) {
-  const GeneratedImage generated = drawn(shape(Type::rectangle, {40, 30}, true, true));
-  EXPECT_EQ(generated.size, (core::OVSize{44, 34}));
-  EXPECT_EQ(generated.image.extent(), (PixelRect{0, 0, 44, 34}));
-  // The stroke covers 0 ... 4 across each edge; the fill shows inside it.
-  EXPECT_EQ(generated.image.pixelAt(1, 17), kWhite);
-  EXPECT_EQ(generated.image.pixelAt(3, 17), kWhite);
-  EXPECT_EQ(generated.image.pixelAt(22, 32), kWhite);
-  EXPECT_EQ(generated.image.pixelAt(4, 17), kRed);
-  EXPECT_EQ(generated.image.pixelAt(22, 17), kRed);
-  // Round joins leave the outermost corner pixel partly clear.
-  EXPECT_LT(generated.image.pixelAt(0, 0).a, 0.9f);
-}
-
-TEST(ShapeDrawingTest, LineLightsTheBottomLeftAndTopRightOfTheYUpPicture) {
-  const GeneratedImage generated = drawn(shape(Type::line, {40, 40}, true, true));
-  const Image& image = generated.image;
-  EXPECT_EQ(image.extent(), (PixelRect{0, 0, 44, 44}));
-  // Pixel (0, 0) of a picture is its bottom-left corner.
-  EXPECT_GT(image.pixelAt(2, 2).a, 0.9f);
-  EXPECT_GT(image.pixelAt(41, 41).a, 0.9f);
-  EXPECT_EQ(image.pixelAt(40, 3), kClear);
-  EXPECT_EQ(image.pixelAt(3, 40), kClear);
-  // Fill has no effect on a line: only the white stroke shows.
-  EXPECT_EQ(image.pixelAt(22, 22), kWhite);
-}
-
-TEST(ShapeDrawingTest, TrianglePointsDownWithItsFirstVertexAtTheBottom) {
-  ShapeContent content = shape(Type::polygon, {40, 40});
-  content.sideCount = 3;
-  const Image image = drawn(content).image;
-  // Vertices (20, 0), (37.3, 30), (2.7, 30): apex at the bottom.
-  EXPECT_EQ(image.pixelAt(19, 5), kRed);
-  EXPECT_EQ(image.pixelAt(19, 25), kRed);
-  EXPECT_EQ(image.pixelAt(19, 35), kClear);
-  EXPECT_EQ(image.pixelAt(3, 5), kClear);
+TEST(ShapeDrawingTest, PixelsInsideOutsideAndUnderTheStrokeInYUpSpace) {
+  ShapeContent triangle = shape(Type::polygon, {40, 40});
+  triangle.sideCount = 3;
+  struct Probe {
+    int x, y;
+    Rgba expected;
+  };
+  const struct {
+    const char* what;
+    ShapeContent content;
+    PixelRect extent;
+    std::vector<Probe> probes;
+  } cases[] = {
+      {"filled rectangle", shape(Type::rectangle, {40, 30}), {0, 0, 40, 30},
+       {{0, 0, kRed}, {39, 29, kRed}, {40, 10, kClear}}},
+      // The stroke covers 0 ... 4 across each edge; the fill shows inside.
+      {"stroked rectangle", shape(Type::rectangle, {40, 30}, true, true), {0, 0, 44, 34},
+       {{1, 17, kWhite}, {3, 17, kWhite}, {22, 32, kWhite}, {4, 17, kRed}, {22, 17, kRed}}},
+      // Pixel (0, 0) is the bottom-left corner; fill has no effect on a line.
+      {"line", shape(Type::line, {40, 40}, true, true), {0, 0, 44, 44},
+       {{2, 2, kWhite}, {41, 41, kWhite}, {22, 22, kWhite}, {40, 3, kClear}, {3, 40, kClear}}},
+      // Vertices (20, 0), (37.3, 30), (2.7, 30): the apex at the bottom.
+      {"triangle", triangle, {0, 0, 40, 40}, {{19, 5, kRed}, {19, 25, kRed}, {19, 35, kClear}, {3, 5, kClear}}},
+      {"ellipse", shape(Type::ellipse, {60, 30}), {0, 0, 60, 30},
+       {{0, 0, kClear}, {59, 29, kClear}, {30, 15, kRed}, {1, 15, kRed}}},
+  };
+  for (const auto& c : cases) {
+    const GeneratedImage generated = drawn(c.content);
+    EXPECT_EQ(generated.image.extent(), c.extent) << c.what;
+    EXPECT_EQ(generated.size, (core::OVSize{double(c.extent.width), double(c.extent.height)})) << c.what;
+    for (const Probe& p : c.probes) {
+      EXPECT_EQ(generated.image.pixelAt(p.x, p.y), p.expected) << c.what << " at " << p.x << ", " << p.y;
+    }
+  }
+  // Round joins leave the outermost corner pixel of a stroke partly clear.
+  EXPECT_LT(drawn(shape(Type::rectangle, {40, 30}, true, true)).image.pixelAt(0, 0).a, 0.9f);
 }
 
 TEST(ShapeDrawingTest, CornerRadiusBeyondHalfTheShortSideGivesACapsule) {
@@ -161,14 +152,6 @@ TEST(ShapeDrawingTest, CornerRadiusBeyondHalfTheShortSideGivesACapsule) {
   EXPECT_EQ(a.pixelAt(1, 1), kClear);
   EXPECT_EQ(a.pixelAt(50, 0), kRed);
   EXPECT_EQ(a.pixelAt(1, 20), kRed);
-}
-
-TEST(ShapeDrawingTest, EllipseLeavesTheCornersClear) {
-  const Image image = drawn(shape(Type::ellipse, {60, 30})).image;
-  EXPECT_EQ(image.pixelAt(0, 0), kClear);
-  EXPECT_EQ(image.pixelAt(59, 29), kClear);
-  EXPECT_EQ(image.pixelAt(30, 15), kRed);
-  EXPECT_EQ(image.pixelAt(1, 15), kRed);
 }
 
 TEST(ShapeDrawingTest, NeitherFillNorStrokeGivesAClearPictureOfTheRightSize) {
@@ -287,17 +270,18 @@ TEST(GeneratedImageFactoryTest, OtherKindsAndFailedDrawingsGiveNothingAndStoreNo
 TEST(GeneratedImageFactoryTest, ManyThreadsAskingAtOnceAllGetThePicture) {
   GeneratedImageFactory factory;
   std::vector<std::thread> threads;
-  std::vector<int> widths(6, 0);
+  std::vector<int> answered(6, 0);
   for (int i = 0; i < 6; ++i) {
     threads.emplace_back([&, i] {
       for (int round = 0; round < 20; ++round) {
-        const auto generated = factory.imageFor(LayerContent::shape(shape(Type::star, {30.0 + round % 4, 30})));
-        if (generated) widths[i] += generated->image.extent().width > 0 ? 1 : 0;
+        const double width = 30.0 + round % 4;
+        const auto generated = factory.imageFor(LayerContent::shape(shape(Type::star, {width, 30})));
+        if (generated && generated->size.width == width) ++answered[i];
       }
     });
   }
   for (auto& t : threads) t.join();
-  for (const int w : widths) EXPECT_EQ(w, 20);
+  for (const int count : answered) EXPECT_EQ(count, 20);
   EXPECT_EQ(factory.cachedCount(), 4u);
 }
 
