@@ -36,13 +36,17 @@ QString layoutString(const std::string& utf8) {
   return text;
 }
 
+// The em size the font is made at: a size that isn't above 0 is 12, as the
+// platform's text system takes it; past what a picture can hold, capped.
+double fontPixelSize(const TextContent& content) {
+  if (!(content.fontSize > 0) || !std::isfinite(content.fontSize)) return 12.0;
+  return std::min(content.fontSize, static_cast<double>(kMaxImageSide));
+}
+
 }  // namespace
 
 QFont TextLayoutBuilder::fontFor(const TextContent& content) {
-  const double size = content.fontSize > 0 && std::isfinite(content.fontSize)
-                          ? std::min(content.fontSize, static_cast<double>(kMaxImageSide))
-                          : 12.0;
-  return fontNamed(content.fontName, size);
+  return fontNamed(content.fontName, fontPixelSize(content));
 }
 
 int TextLayoutBuilder::revealedCount(double value, std::string_view string) {
@@ -75,7 +79,12 @@ AttributedText TextLayoutBuilder::attributedStringFor(const TextContent& content
   text.alignment = content.alignment;
   text.lineSpacing = std::max(0.0, finiteOr(content.lineSpacing, 0));
   text.color = toQColor(content.color, Qt::white);
-  if (content.hasStroke()) text.stroke = TextStroke{toQColor(content.strokeColor, Qt::black), content.strokeWidth};
+  if (content.hasStroke()) {
+    // The stroke is a share of the font size (strokeWidth / max(1, fontSize)),
+    // which comes back to strokeWidth for any size from 1 up.
+    const double width = content.strokeWidth / std::max(1.0, content.fontSize) * fontPixelSize(content);
+    text.stroke = TextStroke{toQColor(content.strokeColor, Qt::black), width};
+  }
   if (content.hasShadow) {
     text.shadow = TextShadow{toQColor(content.shadowColor, Qt::black), content.shadowOffset, content.shadowBlur};
   }

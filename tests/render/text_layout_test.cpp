@@ -92,6 +92,24 @@ TEST(TextRevealTest, HidesFromAUtf16PositionThatCountsCharacters) {
   EXPECT_EQ(TextLayoutBuilder::attributedStringFor(content, all).string.size(), 4);
 }
 
+TEST(TextAttributesTest, StrokeWidthIsAShareOfTheFontSize) {
+  const struct {
+    double fontSize;
+    double expected;
+  } cases[] = {{96, 4}, {1, 4}, {0.5, 2}, {0, 48}};  // a size of 0 is drawn at 12
+  for (const auto& c : cases) {
+    TextContent content = plain("x", c.fontSize);
+    content.strokeWidth = 4;
+    const AttributedText text = TextLayoutBuilder::attributedStringFor(content);
+    ASSERT_TRUE(text.stroke.has_value());
+    EXPECT_DOUBLE_EQ(text.stroke->width, c.expected) << c.fontSize;
+  }
+  TextContent clearStroke = plain("x");
+  clearStroke.strokeWidth = 4;
+  clearStroke.strokeColor = OVColor::clear;
+  EXPECT_FALSE(TextLayoutBuilder::attributedStringFor(clearStroke).stroke.has_value());
+}
+
 TEST(TextPaddingTest, HoldsTheWidestOfBackingStrokeAndShadowRoundedUp) {
   const auto padding = [](auto edit) {
     TextContent content;
