@@ -4,10 +4,10 @@
 // render/; any thread (a filter is an immutable value, the samples and the
 // scratch belong to the caller).
 //
-// A filter runs along a sequence of samples, each a run of `lanes` pixels
-// filtered independently: one pixel for a row (the horizontal pass), a
-// stretch of a row for the vertical pass, which walks down whole row
-// segments so that it reads and writes memory in order.
+// The horizontal pass filters one contiguous row at a time. The vertical
+// pass walks down a stretch of columns: each sample is a run of `lanes`
+// pixels of one row, filtered independently, so that it reads and writes
+// memory in order.
 //
 // Every filter is a "valid" convolution: from count + 2 × support() input
 // samples it makes count output samples, output j centred on input
@@ -17,7 +17,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <utility>
 #include <vector>
 
 #include "render/rgba.hpp"
@@ -45,7 +44,7 @@ struct LineFilter {
   int support() const { return kind == Kind::exact ? radius : kBoxPasses * boxSpan() / 2; }
   // From one end of a box to the other.
   int boxSpan() const { return 2 * boxRadius + 2; }
-  // Pixels of scratch that run() needs per lane.
+  // Pixels of scratch that runFilter() needs per lane.
   std::size_t scratchPerLane() const {
     return kind == Kind::exact ? 0 : static_cast<std::size_t>((kBoxPasses - 1) * (boxSpan() + 1) + kBoxPasses);
   }
@@ -121,56 +120,50 @@ void exactFilterRun(const LineFilter& f, In in, Out out, int count, int laneCoun
   }
 }
 
-// A vector that may alias the pixels of a scratch buffer.
-using SumVec = float __attribute__((vector_size(16), may_alias));
+// One step of one box for a run of lanes (a stretch of a row):
+// target = scale × sum + edge × (left + right), then sum += right − next,
+// pixel by pixel. Chosen once for the processor (SSE, or AVX2 where present).
+using BoxRowStep = void (*)(const Rgba* left, const Rgba* next, const Rgba* right, Rgba* sum, Rgba* target,
+                            int lanes, float scale, float edge);
+BoxRowStep boxRowStep();
 
 // The boxes in one walk: at step t the last box makes its output t, each box
 // before it span samples further on, so each reads what the one before it
 // made a moment ago, from a ring of span + 1 samples (sample m of any box
-// sits in slot m mod (span + 1)). With a fixed lane count the running sums
-// stay in registers; otherwise they live in scratch.
-template <int kLanes, int kPasses, class In, class Out>
-void boxFilterRun(const LineFilter& f, In in, Out out, int count, int laneCount, Rgba* scratch) {
-  const int lanes = kLanes > 0 ? kLanes : laneCount;
+// sits in slot m mod (span + 1)). The running sums live in scratch after the
+// rings.
+template <class In, class Out>
+void boxFilterRun(const LineFilter& f, In in, Out out, int count, int lanes, Rgba* scratch) {
+  constexpr int kPasses = LineFilter::kBoxPasses;
+  const BoxRowStep step = boxRowStep();
   const int span = f.boxSpan(), ringSize = span + 1;
-  const Vec4 edge = splat(f.edgeWeight * f.boxScale), scale = splat(f.boxScale);
+  const float edge = f.edgeWeight * f.boxScale, scale = f.boxScale;
+  const auto at = [lanes](Rgba* base, int slot) { return base + static_cast<std::ptrdiff_t>(slot) * lanes; };
   Rgba* rings[kPasses - 1];
-  for (int p = 0; p + 1 < kPasses; ++p) rings[p] = scratch + static_cast<std::ptrdiff_t>(p) * ringSize * lanes;
-  SumVec localSums[kLanes > 0 ? kPasses * kLanes : 1] = {};
-  SumVec* sums = kLanes > 0
-                     ? localSums
-                     : reinterpret_cast<SumVec*>(scratch + static_cast<std::ptrdiff_t>(kPasses - 1) * ringSize * lanes);
+  for (int p = 0; p + 1 < kPasses; ++p) rings[p] = at(scratch, p * ringSize);
+  Rgba* sums = at(scratch, (kPasses - 1) * ringSize);
   const auto wrap = [ringSize](int k) { return k >= ringSize ? k - ringSize : k; };
-  const auto at = [lanes](Rgba* ring, int slot) { return ring + static_cast<std::ptrdiff_t>(slot) * lanes; };
 
-  // Box p's input sample m.
-  const auto input = [&](int p, int m) -> const Rgba* { return p == 0 ? in(m) : at(rings[p - 1], m % ringSize); };
   // The sum of box p's input samples 1 ... span - 1, for its output 0.
   const auto startSum = [&](int p) {
-    SumVec* sum = sums + static_cast<std::ptrdiff_t>(p) * lanes;
-    for (int l = 0; l < lanes; ++l) sum[l] = SumVec{};
+    Rgba* sum = at(sums, p);
+    std::fill(sum, sum + lanes, Rgba{});
     for (int k = 1; k < span; ++k) {
-      const Rgba* q = input(p, k);
-      for (int l = 0; l < lanes; ++l) sum[l] += load(q[l]);
+      const Rgba* q = p == 0 ? in(k) : at(rings[p - 1], k % ringSize);
+      for (int l = 0; l < lanes; ++l) store(sum[l], load(sum[l]) + load(q[l]));
     }
   };
   // Box p's output m (into target) from its input's samples m, m + 1 and
-  // m + span, where its sum holds Σ input(m + 1 ... m + span - 1). The box
-  // before wrote its sample m + span into slot newest just now.
+  // m + span. The box before wrote its sample m + span into slot newest just
+  // now; its samples m and m + 1 are in the two slots after it.
   const auto boxStep = [&](int p, int m, int newest, Rgba* target) {
-    const Rgba *left, *next, *right;
     if (p == 0) {
-      left = in(m), next = in(m + 1), right = in(m + span);
-    } else {
-      const int oldest = wrap(newest + 1);
-      left = at(rings[p - 1], oldest), next = at(rings[p - 1], wrap(oldest + 1)), right = at(rings[p - 1], newest);
+      step(in(m), in(m + 1), in(m + span), at(sums, 0), target, lanes, scale, edge);
+      return;
     }
-    SumVec* sum = sums + static_cast<std::ptrdiff_t>(p) * lanes;
-    for (int l = 0; l < lanes; ++l) {
-      const Vec4 s = sum[l], r = load(right[l]);
-      store(target[l], s * scale + (load(left[l]) + r) * edge);
-      sum[l] = s + (r - load(next[l]));
-    }
+    const int oldest = wrap(newest + 1);
+    Rgba* ring = rings[p - 1];
+    step(at(ring, oldest), at(ring, wrap(oldest + 1)), at(ring, newest), at(sums, p), target, lanes, scale, edge);
   };
 
   // slot[p]: where box p's output of this step goes (its index mod ringSize);
@@ -182,7 +175,7 @@ void boxFilterRun(const LineFilter& f, In in, Out out, int count, int laneCount,
   };
   // Filling the rings: the later boxes start one after the other.
   for (int t = -(kPasses - 1) * span; t < 0; ++t) {
-    for (int p = 0; p < kPasses; ++p) {
+    for (int p = 0; p + 1 < kPasses; ++p) {
       const int m = t + (kPasses - 1 - p) * span;
       if (m < 0) continue;
       if (m == 0) startSum(p);
@@ -190,44 +183,60 @@ void boxFilterRun(const LineFilter& f, In in, Out out, int count, int laneCount,
     }
     advance();
   }
-  if (kPasses == 1 || count <= 0) return;
   startSum(kPasses - 1);
   for (int t = 0; t < count; ++t) {
-    for (int p = 0; p + 1 < kPasses; ++p) boxStep(p, t + (kPasses - 1 - p) * span, p > 0 ? slot[p - 1] : 0, at(rings[p], slot[p]));
+    for (int p = 0; p + 1 < kPasses; ++p) {
+      boxStep(p, t + (kPasses - 1 - p) * span, p > 0 ? slot[p - 1] : 0, at(rings[p], slot[p]));
+    }
     boxStep(kPasses - 1, t, slot[kPasses - 2], out(t));
     advance();
   }
 }
 
-// One box over a contiguous line, from count + span input samples to count:
-// out[j] = scale × (Σ in[j + 1 ... j + span - 1] + edge × (in[j] + in[j + span])).
-inline void boxLinePass(const LineFilter& f, const Rgba* in, Rgba* out, int count) {
+// The three boxes along a contiguous line (the horizontal pass): count +
+// 2 × support() samples of in to count samples of out. The boxes run in one
+// loop, each span samples behind the one before, so that their running sums
+// (each a chain of additions) advance side by side. first and second hold
+// the outputs of the first two boxes: count + 2 × span samples each.
+inline void boxFilterContiguous(const LineFilter& f, const Rgba* in, Rgba* first, Rgba* second, Rgba* out,
+                                int count) {
+  static_assert(LineFilter::kBoxPasses == 3);
   const int span = f.boxSpan();
   const Vec4 edge = splat(f.edgeWeight * f.boxScale), scale = splat(f.boxScale);
-  Vec4 sum = splat(0);
-  for (int k = 1; k < span; ++k) sum += load(in[k]);
+  // sum holds Σ source[m + 1 ... m + span - 1] for output m.
+  const auto startSum = [span](const Rgba* source) {
+    Vec4 sum = splat(0);
+    for (int k = 1; k < span; ++k) sum += load(source[k]);
+    return sum;
+  };
+  const auto step = [&](const Rgba* source, int m, Vec4& sum) {
+    const Vec4 r = load(source[m + span]);
+    const Vec4 v = sum * scale + (load(source[m]) + r) * edge;
+    sum += r - load(source[m + 1]);
+    return v;
+  };
+  Vec4 sum1 = startSum(in);
+  for (int m = 0; m < 2 * span; ++m) store(first[m], step(in, m, sum1));
+  Vec4 sum2 = startSum(first);
+  for (int m = 0; m < span; ++m) store(second[m], step(first, m, sum2));
+  Vec4 sum3 = startSum(second);
   for (int j = 0; j < count; ++j) {
-    const Vec4 r = load(in[j + span]);
-    store(out[j], sum * scale + (load(in[j]) + r) * edge);
-    sum += r - load(in[j + 1]);
+    store(first[j + 2 * span], step(in, j + 2 * span, sum1));
+    store(second[j + span], step(first, j + span, sum2));
+    store(out[j], step(second, j, sum3));
   }
 }
 
 // A contiguous line (the horizontal pass): count + 2 × support() samples of
-// line into count samples of out, box after box, through spare (which holds
-// as many samples as line; line is overwritten).
-inline void filterContiguousLine(const LineFilter& f, Rgba* line, Rgba* spare, Rgba* out, int count) {
+// line into count samples of out; scratch holds 2 × (count + 2 × support())
+// samples.
+inline void filterContiguousLine(const LineFilter& f, const Rgba* line, Rgba* scratch, Rgba* out, int count) {
   if (f.kind == LineFilter::Kind::exact) {
     exactFilterRun<1>(
-        f, [line](int i) -> const Rgba* { return line + i; }, [out](int j) { return out + j; }, count, 1);
+        f, [line](int i) { return line + i; }, [out](int j) { return out + j; }, count, 1);
     return;
   }
-  const int span = f.boxSpan();
-  for (int p = LineFilter::kBoxPasses - 1; p > 0; --p) {
-    boxLinePass(f, line, spare, count + p * span);
-    std::swap(line, spare);
-  }
-  boxLinePass(f, line, out, count);
+  boxFilterContiguous(f, line, scratch, scratch + count + 2 * f.support(), out, count);
 }
 
 // Runs the filter down count + 2 × support() samples of in to count samples
@@ -238,7 +247,7 @@ void runFilter(const LineFilter& f, In in, Out out, int count, int laneCount, Rg
   if (f.kind == LineFilter::Kind::exact) {
     exactFilterRun<0>(f, in, out, count, laneCount);
   } else {
-    boxFilterRun<0, LineFilter::kBoxPasses>(f, in, out, count, laneCount, scratch);
+    boxFilterRun(f, in, out, count, laneCount, scratch);
   }
 }
 

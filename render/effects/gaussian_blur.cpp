@@ -202,7 +202,7 @@ std::expected<Image, ImageError> gaussianBlur(const Image& image, double sigma, 
   const std::size_t rowsPerColumn = perLane > 0 ? perLane : static_cast<std::size_t>(2 * s + 1);
   job.segmentWidth = static_cast<int>(
       std::clamp<std::size_t>(kVerticalWorkingBytes / sizeof(Rgba) / rowsPerColumn, kColumnChunk, 1024));
-  job.scratchPixels = std::max(static_cast<std::size_t>(job.out.width + 2 * s) * 2,
+  job.scratchPixels = std::max(static_cast<std::size_t>(job.out.width + 2 * s) * 3,
                                static_cast<std::size_t>(job.segmentWidth) * (perLane + 1));
   pool.forEachBand(job.firstRow, job.lastRow, job.out.width + 2 * s, [&](int first, int last) {
     for (int y = first; y < last; ++y) horizontalRow(job, y);

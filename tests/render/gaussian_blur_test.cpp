@@ -184,11 +184,12 @@ TEST(GaussianBlurTest, BrightPixelSpreadsAsTheSampledGaussian) {
   }
 }
 
-// The box approximation against the exact kernel: on a straight edge (what
-// a blurred shape shows) the values differ by less than 0.009; on one bright
-// pixel the profile differs by less than 5.5% of its peak, wherever it is.
+// The box approximation against the exact kernel, where the blur uses it
+// (sigma 3 and up): on a straight edge (what a blurred shape shows) the
+// values differ by less than 0.01; on one bright pixel the profile differs by
+// less than 6% of its peak, wherever it is.
 TEST(GaussianBlurTest, BoxesStayCloseToTheExactKernel) {
-  for (double sigma : {3.0, 5.0, 12.0, 33.3, 60.0}) {
+  for (double sigma : {kBoxBlurMinSigma, 3.5, 5.0, 12.0, 33.3, 60.0}) {
     const int side = 8 * static_cast<int>(sigma) + 8;
     const PixelRect rect{0, 0, side, 1};
     // Clamped rows: a one-dimensional step and impulse along x.
@@ -205,9 +206,9 @@ TEST(GaussianBlurTest, BoxesStayCloseToTheExactKernel) {
       return std::pair{worst, peak};
     };
     const double stepWorst = compare(step).first;
-    EXPECT_LT(stepWorst, 0.009) << sigma;
+    EXPECT_LT(stepWorst, 0.01) << sigma;
     const auto [dotWorst, dotPeak] = compare(impulse);
-    EXPECT_LT(dotWorst / dotPeak, 0.055) << sigma;
+    EXPECT_LT(dotWorst / dotPeak, 0.06) << sigma;
     EXPECT_NEAR(dotPeak, gaussianWeight(sigma, 0), 1e-6);
   }
 }
