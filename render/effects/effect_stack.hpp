@@ -53,7 +53,10 @@ struct EffectStack {
   // Whether some enabled instance animates.
   static bool containsAnimation(const core::SharedVector<core::EffectInstance>& effects);
 
-  // Reading values; an absent key or a value of another kind gives the default.
+  // Reading values; an absent key or a value of another kind gives the
+  // default. Numbers and flags read as the model converts them (a flag as 1
+  // or 0, an integer as a number, a number as a flag when not zero); a
+  // number or colour that is not finite gives the default too.
   static double double_(const EffectValues& values, std::string_view id, double defaultValue);
   static double scaledDouble(const EffectValues& values, std::string_view id, double defaultValue,
                              const EffectRenderContext& context);
