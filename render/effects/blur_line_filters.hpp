@@ -123,9 +123,19 @@ void exactFilterRun(const LineFilter& f, In in, Out out, int count, int laneCoun
 // One step of one box for a run of lanes (a stretch of a row):
 // target = scale × sum + edge × (left + right), then sum += right − next,
 // pixel by pixel. Chosen once for the processor (SSE, or AVX2 where present).
+//
+// A running sum does not come back to exactly zero once a bright stretch
+// has passed: it keeps a rounding residue of about 1e-7 of what it held,
+// which would leave a faint tail whose colour and alpha disagree (harmless
+// to see, but blown up wherever a colour is divided by its alpha). The last
+// box therefore makes a pixel whose components all lie within kBoxResidue
+// of zero transparent; that is
+// below what an 8- or 10-bit output shows by a factor of thirty or more.
+inline constexpr float kBoxResidue = 1.0f / (1 << 15);
 using BoxRowStep = void (*)(const Rgba* left, const Rgba* next, const Rgba* right, Rgba* sum, Rgba* target,
                             int lanes, float scale, float edge);
-BoxRowStep boxRowStep();
+// flushResidue: the step of the last box.
+BoxRowStep boxRowStep(bool flushResidue);
 
 // The boxes in one walk: at step t the last box makes its output t, each box
 // before it span samples further on, so each reads what the one before it
@@ -135,7 +145,7 @@ BoxRowStep boxRowStep();
 template <class In, class Out>
 void boxFilterRun(const LineFilter& f, In in, Out out, int count, int lanes, Rgba* scratch) {
   constexpr int kPasses = LineFilter::kBoxPasses;
-  const BoxRowStep step = boxRowStep();
+  const BoxRowStep step = boxRowStep(false), lastStep = boxRowStep(true);
   const int span = f.boxSpan(), ringSize = span + 1;
   const float edge = f.edgeWeight * f.boxScale, scale = f.boxScale;
   const auto at = [lanes](Rgba* base, int slot) { return base + static_cast<std::ptrdiff_t>(slot) * lanes; };
@@ -163,7 +173,8 @@ void boxFilterRun(const LineFilter& f, In in, Out out, int count, int lanes, Rgb
     }
     const int oldest = wrap(newest + 1);
     Rgba* ring = rings[p - 1];
-    step(at(ring, oldest), at(ring, wrap(oldest + 1)), at(ring, newest), at(sums, p), target, lanes, scale, edge);
+    (p + 1 == kPasses ? lastStep : step)(at(ring, oldest), at(ring, wrap(oldest + 1)), at(ring, newest),
+                                         at(sums, p), target, lanes, scale, edge);
   };
 
   // slot[p]: where box p's output of this step goes (its index mod ringSize);

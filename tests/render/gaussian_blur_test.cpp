@@ -213,6 +213,33 @@ TEST(GaussianBlurTest, BoxesStayCloseToTheExactKernel) {
   }
 }
 
+// One straight colour at varying alpha stays that colour wherever the blur
+// leaves any alpha, and nothing but transparency where it leaves none: the
+// tails of the running sums carry no colour of their own.
+TEST(GaussianBlurTest, FadingTailsKeepTheirColour) {
+  const float colour[3] = {0.2f, 0.6f, 1.0f};
+  const Image image = makeImage({0, 0, 90, 70}, [&](int x, int y) {
+    const float a = (x > 20 && x < 50 && y > 10 && y < 40) ? 1.0f : static_cast<float>((x * 3 + y) % 7) / 40.0f;
+    return Rgba{colour[0] * a, colour[1] * a, colour[2] * a, a};
+  });
+  for (GaussianBlurMethod method : kMethods) {
+    const Image result = blurred(image, 9, method);
+    const PixelRect e = result.extent();
+    for (int y = e.y; y < e.maxY(); ++y) {
+      for (int x = e.x; x < e.maxX(); ++x) {
+        const Rgba p = result.pixelAt(x, y);
+        if (p.a == 0) {
+          ASSERT_EQ(p, Rgba{}) << nameOf(method) << " at " << x << "," << y;
+          continue;
+        }
+        ASSERT_NEAR(p.r / p.a, colour[0], 0.02) << nameOf(method) << " at " << x << "," << y << " alpha " << p.a;
+        ASSERT_NEAR(p.g / p.a, colour[1], 0.02) << nameOf(method) << " at " << x << "," << y;
+        ASSERT_NEAR(p.b / p.a, colour[2], 0.02) << nameOf(method) << " at " << x << "," << y;
+      }
+    }
+  }
+}
+
 TEST(GaussianBlurTest, ConstantPictureStaysConstant) {
   const Image constant = Image::constant({0.1f, 0.2f, 0.3f, 0.4f});
   const PixelRect within{5, 6, 7, 8};
