@@ -197,45 +197,53 @@ std::expected<Image, ImageError> sharpenLuminance(const Image& image, double sha
   const PixelRect rect = image.extent();
   auto canvas = Canvas::from(image, rect, pool);
   if (!canvas) return std::unexpected(canvas.error());
-  const std::size_t width = static_cast<std::size_t>(rect.width);
+  const int width = rect.width;
   std::vector<float> luma, across;
   try {
-    luma.resize(width * static_cast<std::size_t>(rect.height));
+    luma.resize(static_cast<std::size_t>(width) * static_cast<std::size_t>(rect.height));
     across.resize(luma.size());
   } catch (const std::bad_alloc&) {
     return std::unexpected(ImageError::outOfMemory);
   }
   const std::vector<float> w = gaussianWeights(kSharpenSigma);
   const int reach = static_cast<int>(w.size()) - 1;
-  const auto plane = [&](std::vector<float>& p, int y) { return p.data() + static_cast<std::size_t>(y - rect.y) * width; };
-  // Luma, then its blur along rows, edges repeated.
-  pool.forEachBand(rect.y, rect.maxY(), rect.width, [&](int first, int last) {
+  const auto plane = [&](std::vector<float>& p, int y) {
+    return p.data() + static_cast<std::ptrdiff_t>(std::clamp(y, rect.y, rect.maxY() - 1) - rect.y) * width;
+  };
+  // Luma, then its blur along each row, the row's ends repeated.
+  pool.forEachBand(rect.y, rect.maxY(), width, [&](int first, int last) {
+    std::vector<float> padded(static_cast<std::size_t>(width + 2 * reach));
     for (int y = first; y < last; ++y) {
       const Rgba* row = canvas->row(y);
       float* l = plane(luma, y);
-      for (int x = 0; x < rect.width; ++x) l[x] = detail::luma(row[x].r, row[x].g, row[x].b);
+      for (int x = 0; x < width; ++x) l[x] = detail::luma(row[x].r, row[x].g, row[x].b);
+      std::fill(padded.begin(), padded.begin() + reach, l[0]);
+      std::copy(l, l + width, padded.begin() + reach);
+      std::fill(padded.begin() + reach + width, padded.end(), l[width - 1]);
       float* a = plane(across, y);
-      for (int x = 0; x < rect.width; ++x) {
-        float sum = w[0] * l[x];
-        for (int i = 1; i <= reach; ++i) sum += w[i] * (l[std::max(x - i, 0)] + l[std::min(x + i, rect.width - 1)]);
-        a[x] = sum;
-      }
+      for (int x = 0; x < width; ++x) a[x] = w[0] * padded[x + reach];
+      for (int i = 1; i <= reach; ++i)
+        for (int x = 0; x < width; ++x) a[x] += w[i] * (padded[x + reach - i] + padded[x + reach + i]);
     }
   });
-  // The blur along columns, and the detail it took away added back × sharpness.
+  // Down the columns (rows past the ends repeat), and the detail the blur
+  // took away added back × sharpness.
   const auto amount = static_cast<float>(sharpness);
-  pool.forEachBand(rect.y, rect.maxY(), rect.width, [&](int first, int last) {
+  pool.forEachBand(rect.y, rect.maxY(), width, [&](int first, int last) {
+    std::vector<float> blurred(static_cast<std::size_t>(width));
     for (int y = first; y < last; ++y) {
+      const float* centre = plane(across, y);
+      for (int x = 0; x < width; ++x) blurred[x] = w[0] * centre[x];
+      for (int i = 1; i <= reach; ++i) {
+        const float *below = plane(across, y - i), *above = plane(across, y + i);
+        for (int x = 0; x < width; ++x) blurred[x] += w[i] * (below[x] + above[x]);
+      }
       Rgba* row = canvas->row(y);
       const float* l = plane(luma, y);
-      for (int x = 0; x < rect.width; ++x) {
-        float blurred = w[0] * plane(across, y)[x];
-        for (int i = 1; i <= reach; ++i) {
-          blurred += w[i] * (plane(across, std::max(y - i, rect.y))[x] + plane(across, std::min(y + i, rect.maxY() - 1))[x]);
-        }
+      for (int x = 0; x < width; ++x) {
         // Scaled by coverage, so that no colour appears where the picture
         // is transparent.
-        const float delta = amount * (l[x] - blurred) * row[x].a;
+        const float delta = amount * (l[x] - blurred[x]) * row[x].a;
         row[x].r += delta, row[x].g += delta, row[x].b += delta;
       }
     }

@@ -101,10 +101,11 @@ std::expected<Image, ImageError> temperatureAndTint(Image image, core::OVPoint n
                                                     WorkerPool& pool) {
   const ColourMatrix3 m = ColourMatrix3::of(adaptationMatrix(whitePointChromaticity(neutral.x, neutral.y),
                                                              whitePointChromaticity(targetNeutral.x, targetNeutral.y)));
-  return mapStraight(std::move(image), pool, [&m](Straight& s) {
-    float r = srgbToLinear(s.r), g = srgbToLinear(s.g), b = srgbToLinear(s.b);
+  const SrgbCurve &decode = SrgbCurve::decode(), &encode = SrgbCurve::encode();
+  return mapStraight(std::move(image), pool, [&](Straight& s) {
+    float r = decode(s.r), g = decode(s.g), b = decode(s.b);
     m.apply(r, g, b);
-    s.r = linearToSrgb(r), s.g = linearToSrgb(g), s.b = linearToSrgb(b);
+    s.r = encode(r), s.g = encode(g), s.b = encode(b);
   });
 }
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <vector>
 
 namespace orvane::render {
 
@@ -57,31 +56,6 @@ std::array<double, 3> xyzOf(core::OVPoint white) {
 double srgbDecode(double c) { return c <= 0.04045 ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4); }
 double srgbEncode(double c) { return c <= 0.0031308 ? c * 12.92 : 1.055 * std::pow(c, 1 / 2.4) - 0.055; }
 
-// The curves on 0 ... 1 in a table with linear interpolation: within 2e-5
-// of the exact curve, far cheaper than pow for every channel of every pixel.
-constexpr int kTableSteps = 4096;
-
-struct Curve {
-  std::vector<float> values;
-  explicit Curve(double (*f)(double)) : values(kTableSteps + 2) {
-    for (int i = 0; i <= kTableSteps + 1; ++i) values[i] = static_cast<float>(f(std::min(1.0, double(i) / kTableSteps)));
-  }
-  float operator()(float c, double (*f)(double)) const {
-    const float magnitude = std::fabs(c);
-    float result;
-    if (magnitude <= 1.0f) {
-      const float position = magnitude * kTableSteps;
-      const int i = static_cast<int>(position);
-      result = values[i] + (values[i + 1] - values[i]) * (position - static_cast<float>(i));
-    } else if (std::isfinite(magnitude)) {
-      result = static_cast<float>(f(magnitude));
-    } else {
-      result = magnitude;  // infinity stays, NaN stays
-    }
-    return c < 0 ? -result : result;
-  }
-};
-
 }  // namespace
 
 Matrix3 multiply(const Matrix3& a, const Matrix3& b) {
@@ -119,7 +93,8 @@ core::OVPoint whitePointChromaticity(double temperature, double tint) {
   // The normal with falling v points away from green, towards magenta.
   double nu = -dv, nv = du;
   if (nv > 0) nu = -nu, nv = -nv;
-  const double offset = tint / 3000.0;
+  // Past four times the slider's reach the white leaves every gamut.
+  const double offset = std::clamp(tint, -600.0, 600.0) / 3000.0;
   return fromUv({on.u + nu * offset, on.v + nv * offset});
 }
 
@@ -131,14 +106,25 @@ Matrix3 adaptationMatrix(core::OVPoint fromWhite, core::OVPoint toWhite) {
   return multiply(multiply(inverted(kSrgbToXyz), cone), kSrgbToXyz);
 }
 
-float srgbToLinear(float c) {
-  static const Curve curve(srgbDecode);
-  return curve(c, srgbDecode);
+SrgbCurve::SrgbCurve(double (*exact)(double)) : exact_(exact) {
+  for (int i = 0; i <= kSteps + 1; ++i) table_[i] = static_cast<float>(exact(std::min(1.0, double(i) / kSteps)));
 }
 
-float linearToSrgb(float c) {
-  static const Curve curve(srgbEncode);
-  return curve(c, srgbEncode);
+const SrgbCurve& SrgbCurve::decode() {
+  static const SrgbCurve curve(srgbDecode);
+  return curve;
+}
+
+const SrgbCurve& SrgbCurve::encode() {
+  static const SrgbCurve curve(srgbEncode);
+  return curve;
+}
+
+float SrgbCurve::beyondOne(float c) const {
+  const float magnitude = std::fabs(c);
+  if (!std::isfinite(magnitude)) return c;  // infinities stay, NaN stays
+  const auto v = static_cast<float>(exact_(magnitude));
+  return c < 0 ? -v : v;
 }
 
 }  // namespace orvane::render

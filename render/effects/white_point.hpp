@@ -8,9 +8,10 @@
 // held at those ends). The tint moves it off the locus, at right angles to
 // it in the CIE 1960 (u, v) plane, by tint / 3000: positive towards
 // magenta, negative towards green, so that the slider's ±150 span a Δuv of
-// ±0.05.
+// ±0.05 (tints past ±600 count as ±600).
 
 #include <array>
+#include <cmath>
 
 #include "core/geometry.hpp"
 
@@ -30,9 +31,34 @@ core::OVPoint whitePointChromaticity(double temperature, double tint);
 // by the ratio of the two whites (von Kries), both whites at luminance 1.
 Matrix3 adaptationMatrix(core::OVPoint fromWhite, core::OVPoint toWhite);
 
-// The sRGB transfer curve and its inverse, extended to all reals by odd
-// symmetry (c < 0 maps to −f(−c)).
-float srgbToLinear(float c);
-float linearToSrgb(float c);
+// The sRGB transfer curve (decode) or its inverse (encode), extended to all
+// reals by odd symmetry (c < 0 maps to −f(−c)). On 0 ... 1 a table with
+// linear interpolation stands in for pow, within 2e-5 of it; past 1 the
+// exact curve runs. Built once; any thread may read it.
+class SrgbCurve {
+ public:
+  static const SrgbCurve& decode();
+  static const SrgbCurve& encode();
+
+  float operator()(float c) const {
+    const float magnitude = std::fabs(c);
+    if (!(magnitude <= 1.0f)) return beyondOne(c);
+    const float position = magnitude * kSteps;
+    const int i = static_cast<int>(position);
+    const float v = table_[i] + (table_[i + 1] - table_[i]) * (position - static_cast<float>(i));
+    return c < 0 ? -v : v;
+  }
+
+ private:
+  static constexpr int kSteps = 4096;
+  explicit SrgbCurve(double (*exact)(double));
+  float beyondOne(float c) const;
+
+  double (*exact_)(double);
+  std::array<float, kSteps + 2> table_;
+};
+
+inline float srgbToLinear(float c) { return SrgbCurve::decode()(c); }
+inline float linearToSrgb(float c) { return SrgbCurve::encode()(c); }
 
 }  // namespace orvane::render
