@@ -3,9 +3,9 @@
 namespace orvane::cli {
 
 void addCommands(CLI::App& app) {
-  // TODO: export and frame join here once the render and export libraries
-  // they drive exist.
+  // TODO: export joins here once the export library it drives exists.
   addInfoCommand(app);
+  addFrameCommand(app);
   addResaveCommand(app);
   addPackageCommand(app);
 }

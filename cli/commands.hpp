@@ -37,6 +37,7 @@ class CommandFailure : public std::runtime_error {
 void addCommands(CLI::App& app);
 
 void addInfoCommand(CLI::App& app);
+void addFrameCommand(CLI::App& app);
 void addResaveCommand(CLI::App& app);
 void addPackageCommand(CLI::App& app);
 

@@ -5,6 +5,9 @@
 //   bad_rate.orvane  a composition whose frame rate is 0/1
 //   corrupt.orvane   text that is not JSON
 //   newer.orvane     a project of format version 2
+//   frame.orvane     "Card": 64 × 48, blue, a red 16 × 16 solid centred at
+//                    (16, 24) and a title; "Clear": 32 × 32, transparent, a
+//                    green 8 × 8 solid in its middle
 
 #include <filesystem>
 #include <fstream>
@@ -54,6 +57,31 @@ core::OVProject badRateProject() {
   return core::OVProject("Bad Rate", {c});
 }
 
+core::Layer solidLayer(const std::string& name, core::OVColor color, core::OVSize size, core::OVPoint at) {
+  core::Layer layer(name, core::LayerContent::solid({color, size}), {core::OVTime::zero, core::OVTime(10, 1)});
+  layer.transform.position = core::AnimatedProperty::point(at.x, at.y);
+  return layer;
+}
+
+core::OVProject frameProject() {
+  core::Composition card;
+  card.name = "Card";
+  card.size = {64, 48};
+  card.backgroundColor = {0, 0, 1, 1};
+  core::TextContent title;
+  title.string = "Hi";
+  title.fontSize = 12;
+  core::Layer text("Title", core::LayerContent::text(title), {core::OVTime::zero, core::OVTime(10, 1)});
+  text.transform.position = core::AnimatedProperty::point(48, 40);
+  card.layers = {text, solidLayer("Red", {1, 0, 0, 1}, {16, 16}, {16, 24})};
+  core::Composition clear;
+  clear.name = "Clear";
+  clear.size = {32, 32};
+  clear.isTransparent = true;
+  clear.layers = {solidLayer("Green", {0, 1, 0, 1}, {8, 8}, {16, 16})};
+  return core::OVProject("Frames", {card, clear}, card.id);
+}
+
 bool writeText(const fs::path& path, std::string_view text) {
   std::ofstream out(path, std::ios::binary);
   out << text;
@@ -74,7 +102,8 @@ int main(int argc, char** argv) {
             writeText(folder / "corrupt.orvane", "not json") &&
             writeText(folder / "newer.orvane", R"({"fv":2})");
   ok = ok && document::ProjectCodec::write(demoProject(folder), folder / "demo.orvane").has_value() &&
-       document::ProjectCodec::write(badRateProject(), folder / "bad_rate.orvane").has_value();
+       document::ProjectCodec::write(badRateProject(), folder / "bad_rate.orvane").has_value() &&
+       document::ProjectCodec::write(frameProject(), folder / "frame.orvane").has_value();
   if (!ok) std::cerr << "make_fixture: could not write the fixtures in " << folder << "\n";
   return ok ? 0 : 1;
 }
