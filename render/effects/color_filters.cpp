@@ -11,6 +11,7 @@
 namespace orvane::render {
 
 using detail::Straight;
+using detail::Vec4;
 
 namespace {
 
@@ -77,7 +78,7 @@ std::expected<Image, ImageError> colorControls(Image image, double brightness, d
 
 std::expected<Image, ImageError> exposureAdjust(Image image, double ev, WorkerPool& pool) {
   const auto gain = static_cast<float>(std::exp2(ev));
-  const detail::Vec4 scale{gain, gain, gain, 1.0f};
+  const Vec4 scale{gain, gain, gain, 1.0f};
   return mapPixels(
       std::move(image),
       [scale](Rgba* pixels, int count) {
@@ -133,10 +134,24 @@ std::expected<Image, ImageError> dissolveTransition(const Image& from, const Ima
       [&](int y, Rgba* out, std::vector<Rgba>& other) {
         readRow(from, y, rect.x, rect.width, out);
         readRow(to, y, rect.x, rect.width, other.data());
-        const detail::Vec4 weight = detail::splat(t);
+        const Vec4 weight = detail::splat(t);
         for (int x = 0; x < rect.width; ++x) {
-          const detail::Vec4 a = detail::load(out[x]);
+          const Vec4 a = detail::load(out[x]);
           detail::store(out[x], a + (detail::load(other[x]) - a) * weight);
+        }
+      });
+}
+
+std::expected<Image, ImageError> additionCompositing(const Image& top, double topWeight, const Image& bottom,
+                                                     const PixelRect& rect, WorkerPool& pool) {
+  const Vec4 weight = detail::splat(topWeight > 0 ? static_cast<float>(std::min(topWeight, 1.0)) : 0.0f);
+  return detail::renderRows(
+      rect, pool, [&] { return std::vector<Rgba>(static_cast<std::size_t>(rect.width)); },
+      [&](int y, Rgba* out, std::vector<Rgba>& above) {
+        readRow(bottom, y, rect.x, rect.width, out);
+        readRow(top, y, rect.x, rect.width, above.data());
+        for (int x = 0; x < rect.width; ++x) {
+          detail::store(out[x], detail::vclamp01(detail::load(out[x]) + detail::load(above[x]) * weight));
         }
       });
 }

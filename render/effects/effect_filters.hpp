@@ -69,6 +69,12 @@ std::expected<Image, ImageError> colorInvert(Image image, WorkerPool& pool = Wor
 std::expected<Image, ImageError> dissolveTransition(const Image& from, const Image& to, double time,
                                                     WorkerPool& pool = WorkerPool::shared());
 
+// CIAdditionCompositing of top, its four components × topWeight (the
+// opacity colour matrix), with bottom: the sum clamped to 0 ... 1, over rect
+// only. One pass, no picture in between.
+std::expected<Image, ImageError> additionCompositing(const Image& top, double topWeight, const Image& bottom,
+                                                     const PixelRect& rect, WorkerPool& pool = WorkerPool::shared());
+
 // The keying programs, run per pixel on the straight colour s:
 //   chroma: alpha = smoothstep(threshold, threshold + softness, distance(s.rgb, keyColor)),
 //           1 − alpha when invertMatte > 0.5;

@@ -130,6 +130,27 @@ Image minimaxEffect(const Image& image, const EffectValues& v, const EffectRende
   return out ? crop(*out, image.extent()) : image;
 }
 
+// The colour matrix whose four output vectors are (0, 0, 0, colour × opacity)
+// and (0, 0, 0, opacity): every channel driven by the source alpha alone, so
+// the picture's silhouette in the colour at the opacity (the colour's own
+// alpha is not read). Written out, as it needs no division.
+std::expected<Image, ImageError> silhouette(const Image& image, const OVColor& colour, double opacity,
+                                            WorkerPool& pool) {
+  const auto o = static_cast<float>(opacity);
+  const float r = static_cast<float>(colour.red) * o, g = static_cast<float>(colour.green) * o,
+              b = static_cast<float>(colour.blue) * o;
+  return mapPixels(
+      image,
+      [=](Rgba* pixels, int count) {
+        for (int i = 0; i < count; ++i) {
+          const float a = pixels[i].a;
+          const float alpha = std::clamp(o * a, 0.0f, 1.0f);
+          pixels[i] = {r * a * alpha, g * a * alpha, b * a * alpha, alpha};
+        }
+      },
+      pool);
+}
+
 Image dropShadowEffect(const Image& image, const EffectValues& v, const EffectRenderContext& c, WorkerPool& pool) {
   const Params p(v, c, "stylize.dropShadow");
   const double opacity = p.number("opacity");
@@ -137,26 +158,24 @@ Image dropShadowEffect(const Image& image, const EffectValues& v, const EffectRe
   const double distance = p.pixels("distance"), softness = p.pixels("softness");
   const double angle = p.number("direction") * kDegrees;
   const OVColor colour = p.colour("color");
-  // Every channel driven by the source alpha: the shadow is the picture's
-  // silhouette in the colour, at the opacity. The colour's own alpha is not
-  // read.
-  ColorMatrix matrix;
-  const auto o = static_cast<float>(opacity);
-  matrix.r = {0, 0, 0, static_cast<float>(colour.red) * o};
-  matrix.g = {0, 0, 0, static_cast<float>(colour.green) * o};
-  matrix.b = {0, 0, 0, static_cast<float>(colour.blue) * o};
-  matrix.a = {0, 0, 0, o};
-  auto shadow = colorMatrix(image, matrix, pool);
+  auto shadow = silhouette(image, colour, opacity, pool);
   if (!shadow) return image;
   if (softness > 0.01) {
     if (auto soft = gaussianBlur(*shadow, softness, {}, pool)) *shadow = crop(*soft, grownBy(image.extent(), 3 * softness));
   }
   const double dx = std::cos(angle) * distance, dy = std::sin(angle) * distance;
-  if (std::fabs(dx) > 0.01 || std::fabs(dy) > 0.01) {
-    shadow = transformed(*shadow, core::Affine2D::makeTranslation(dx, dy), pool);
-    if (!shadow) return image;
-  }
-  return orInput(compositedOver(image, std::move(*shadow), pool), image);
+  const core::Affine2D move = std::fabs(dx) > 0.01 || std::fabs(dy) > 0.01 ? core::Affine2D::makeTranslation(dx, dy)
+                                                                           : core::Affine2D::identity();
+  // The moved shadow and the picture over it, drawn into one canvas: the
+  // same pixels as moving the shadow, then compositing, with no picture in
+  // between.
+  const PixelRect rect = image.extent().united(transformedExtent(*shadow, move));
+  if (image.isInfinite() || rect.isInfinite()) return image;
+  auto canvas = Canvas::make(rect, {}, pool);
+  if (!canvas) return image;
+  drawLayer(*canvas, rect, *shadow, move, 1.0, core::OVBlendMode::normal, pool);
+  drawLayer(*canvas, rect, image, core::Affine2D::identity(), 1.0, core::OVBlendMode::normal, pool);
+  return std::move(*canvas).image();
 }
 
 Image cartoonEffect(const Image& image, const EffectValues& v, const EffectRenderContext& c, WorkerPool& pool) {
@@ -196,10 +215,10 @@ Image glowEffect(const Image& image, const EffectValues& v, const EffectRenderCo
   if (!(r > 0.01) || !(intensity > 0.001)) return image;
   const Image blurred = applyBlur(image, p.flag("spread"), 3 * r, gaussianFilter(r, pool));
   // Everything from 1 up glows alike.
-  auto weighted = applyOpacity(blurred, std::min(intensity, 1.0), pool);
-  if (!weighted) return image;
-  if (auto sum = added(*weighted, image, pool)) return crop(*sum, blurred.extent());
-  return orInput(compositedOver(*weighted, image, pool), image);
+  const double weight = std::min(intensity, 1.0);
+  if (auto sum = additionCompositing(blurred, weight, image, blurred.extent(), pool)) return std::move(*sum);
+  auto weighted = applyOpacity(blurred, weight, pool);
+  return weighted ? orInput(compositedOver(*weighted, image, pool), image) : image;
 }
 
 // The keys run these programs, as written for the platform's kernel
