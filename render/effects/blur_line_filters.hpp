@@ -73,18 +73,20 @@ inline LineFilter exactFilter(double sigma) {
   return f;
 }
 
-// Three extended boxes whose variances add up to that of the sampled kernel
-// (a little below sigma², as it stops at 3 sigma). Matching the kernel the
-// picture's extent allows, rather than the unbounded Gaussian, keeps the two
-// methods alike where they meet and halves the largest difference between
-// them on a straight edge.
-inline LineFilter boxFilter(double sigma) {
-  LineFilter f;
-  f.kind = LineFilter::Kind::boxes;
+// The variance of the sampled kernel of sigma: a little below sigma², as it
+// stops at 3 sigma.
+inline double sampledVariance(double sigma) {
   const std::vector<double> w = sampledGaussian(sigma);
   double variance = 0;
   for (std::size_t k = 1; k < w.size(); ++k) variance += 2 * w[k] * static_cast<double>(k * k);
-  const double v = variance / LineFilter::kBoxPasses;
+  return variance;
+}
+
+// Three extended boxes whose variances add up to variance.
+inline LineFilter boxFilterOfVariance(double variance) {
+  LineFilter f;
+  f.kind = LineFilter::Kind::boxes;
+  const double v = std::max(variance, 0.0) / LineFilter::kBoxPasses;
   const int r = std::max(0, static_cast<int>(std::floor(0.5 * std::sqrt(12 * v + 1) - 0.5)));
   const double inner = r * (r + 1.0) * (2 * r + 1.0) / 3;  // sum of k² over -r ... r
   const double alpha = (v * (2 * r + 1) - inner) / (2 * ((r + 1.0) * (r + 1.0) - v));
@@ -93,6 +95,12 @@ inline LineFilter boxFilter(double sigma) {
   f.boxScale = static_cast<float>(1 / (2 * r + 1 + 2 * alpha));
   return f;
 }
+
+// Three extended boxes of the sampled kernel's variance. Matching the kernel
+// the picture's extent allows, rather than the unbounded Gaussian, keeps the
+// two methods alike where they meet and halves the largest difference
+// between them on a straight edge.
+inline LineFilter boxFilter(double sigma) { return boxFilterOfVariance(sampledVariance(sigma)); }
 
 // out(j) = Σ weights[|k|] × in(j + radius + k).
 template <int kLanes, class In, class Out>

@@ -8,7 +8,7 @@
 #include <new>
 #include <utility>
 
-#include "render/effects/blur_line_filters.hpp"
+#include "render/effects/blur_passes.hpp"
 
 namespace orvane::render {
 
@@ -136,12 +136,6 @@ void verticalSegment(BlurJob& job, Canvas& canvas, int x, int count) {
   detail::runFilter(job.filter, in, out, job.out.height, count, rings);
 }
 
-LineFilter filterFor(double sigma, GaussianBlurMethod method) {
-  const bool boxes = method == GaussianBlurMethod::boxes ||
-                     (method == GaussianBlurMethod::automatic && sigma >= kBoxBlurMinSigma);
-  return boxes ? detail::boxFilter(sigma) : detail::exactFilter(sigma);
-}
-
 // The rows of the source the vertical pass reads: all of a finite image's
 // extent; for an infinite one, those within reach of `within`, clipped to the
 // stored rows (the rows past them repeat the end rows).
@@ -170,24 +164,16 @@ std::expected<Image, ImageError> gaussianBlur(const Image& image, double sigma, 
   return gaussianBlur(image, sigma, within, pool, GaussianBlurMethod::automatic);
 }
 
-std::expected<Image, ImageError> gaussianBlur(const Image& image, double sigma, const PixelRect& within,
-                                              WorkerPool& pool, GaussianBlurMethod method) {
-  if (!(sigma > 0) || image.isEmpty()) return image;
-  if (!(3 * sigma <= kMaxImageSide)) return std::unexpected(ImageError::tooLarge);
+namespace detail {
+
+std::expected<Image, ImageError> separableBlur(const Image& image, const LineFilter& filter, const PixelRect& out,
+                                               WorkerPool& pool) {
+  if (auto ok = checkCanvasRect(out); !ok) return std::unexpected(ok.error());
+  if (image.isEmpty() || out.isEmpty()) return Image{};
   BlurJob job;
   job.source = &image;
-  if (image.isInfinite()) {
-    if (within.isEmpty() || within.isInfinite()) return std::unexpected(ImageError::unbounded);
-    job.out = within;
-    // One stored pixel repeated everywhere is a constant: the blur keeps it.
-    if (image.dataRect().area() == 1) return crop(image, within);
-  } else {
-    const int reach = gaussianBlurReach(sigma);
-    const PixelRect e = image.extent();
-    job.out = {e.x - reach, e.y - reach, e.width + 2 * reach, e.height + 2 * reach};
-  }
-  if (auto ok = checkCanvasRect(job.out); !ok) return std::unexpected(ok.error());
-  job.filter = filterFor(sigma, method);
+  job.out = out;
+  job.filter = filter;
   chooseRows(job, image);
 
   PixelStore middle = takeKeptStore();
@@ -217,6 +203,32 @@ std::expected<Image, ImageError> gaussianBlur(const Image& image, double sigma, 
   keepStore(std::move(middle));
   if (job.failed) return std::unexpected(ImageError::outOfMemory);
   return std::move(*canvas).image();
+}
+
+}  // namespace detail
+
+std::expected<Image, ImageError> gaussianBlur(const Image& image, double sigma, const PixelRect& within,
+                                              WorkerPool& pool, GaussianBlurMethod method) {
+  if (!(sigma > 0) || image.isEmpty()) return image;
+  if (!(3 * sigma <= kMaxImageSide)) return std::unexpected(ImageError::tooLarge);
+  PixelRect out;
+  if (image.isInfinite()) {
+    if (within.isEmpty() || within.isInfinite()) return std::unexpected(ImageError::unbounded);
+    // One stored pixel repeated everywhere is a constant: the blur keeps it.
+    if (image.dataRect().area() == 1) return crop(image, within);
+    out = within;
+  } else {
+    const int reach = gaussianBlurReach(sigma);
+    const PixelRect e = image.extent();
+    out = {e.x - reach, e.y - reach, e.width + 2 * reach, e.height + 2 * reach};
+  }
+  if (auto ok = checkCanvasRect(out); !ok) return std::unexpected(ok.error());
+  const bool exact = method == GaussianBlurMethod::exact ||
+                     (method == GaussianBlurMethod::automatic && sigma < kBoxBlurMinSigma);
+  if (exact) return detail::separableBlur(image, detail::exactFilter(sigma), out, pool);
+  const int step = method == GaussianBlurMethod::boxes ? 1 : detail::coarseGridStep(sigma);
+  if (step > 1) return detail::coarseGridBlur(image, detail::sampledVariance(sigma), out, step, pool);
+  return detail::separableBlur(image, detail::boxFilter(sigma), out, pool);
 }
 
 }  // namespace orvane::render
