@@ -137,7 +137,7 @@ void verticalSegment(BlurJob& job, Canvas& canvas, int x, int count) {
 }
 
 // The rows of the source the vertical pass reads: all of a finite image's
-// extent; for an infinite one, those within reach of `within`, clipped to the
+// extent; for an infinite one, those within reach of `out`, clipped to the
 // stored rows (the rows past them repeat the end rows).
 void chooseRows(BlurJob& job, const Image& image) {
   if (!image.isInfinite()) {

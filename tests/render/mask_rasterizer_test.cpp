@@ -159,6 +159,9 @@ TEST(MaskRasterizerTest, EmptyPathAddsNothingAndAloneHidesTheLayer) {
   EXPECT_EQ(total(matteOf({mask(polygon({{10, 10}}))})), 0.0);
   const double nan = std::numeric_limits<double>::quiet_NaN();
   EXPECT_EQ(total(matteOf({mask(polygon({{0, 0}, {nan, 40}, {60, 0}}))})), 0.0);
+  // Points far past the layer still cover it.
+  const Image huge = matteOf({mask(rectangle(-1e12, -1e12, 1e12, 1e12))});
+  EXPECT_EQ(total(huge), 64.0 * 48);
 }
 
 TEST(MaskRasterizerTest, MatteSizeRoundsHalvesAwayFromZero) {
