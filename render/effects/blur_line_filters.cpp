@@ -42,7 +42,9 @@ __attribute__((target("avx2"))) inline Vec8 load8(const Rgba* p) {
   std::memcpy(&v, p, sizeof v);
   return v;
 }
-__attribute__((target("avx2"))) inline void store8(Rgba* p, Vec8 v) { std::memcpy(static_cast<void*>(p), &v, sizeof v); }
+__attribute__((target("avx2"))) inline void store8(Rgba* p, Vec8 v) {
+  std::memcpy(static_cast<void*>(p), &v, sizeof v);
+}
 
 template <bool kFlush>
 __attribute__((target("avx2"))) void boxRowStepAvx2(const Rgba* left, const Rgba* next, const Rgba* right, Rgba* sum,
