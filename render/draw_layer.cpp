@@ -21,7 +21,9 @@ constexpr double kMinifyFootprint = 1.5;
 // Bounds the work per pixel of an extreme downscale.
 constexpr int kMaxTapsPerAxis = 64;
 
-enum class SamplingKind { constant, texel, bilinear, area };
+// solid: one stored pixel over a finite extent, placed on whole pixels (a
+// solid layer): a constant over the placed extent.
+enum class SamplingKind { constant, solid, texel, bilinear, area };
 
 // How a source is read for one placement.
 struct SamplingPlan {
@@ -31,6 +33,7 @@ struct SamplingPlan {
   AffineSpan span;        // bilinear and area
   int nx = 1, ny = 1;     // area: taps per direction
   double eu = 0, ev = 0;  // reach of a sample past its centre, in source pixels
+  Vec4 solid = splat(0);  // solid: the one stored pixel
 };
 
 bool isConstant(const Image& image) {
@@ -59,6 +62,13 @@ std::optional<SamplingPlan> planSampling(const Image& source, const Affine2D& m)
     return plan;
   }
   if (isWholePixelTranslation(m)) {
+    const PixelRect data = source.dataRect();
+    if (data.width == 1 && data.height == 1) {
+      const PixelBuffer& buffer = *source.buffer();
+      plan.kind = SamplingKind::solid;
+      plan.solid = load(buffer.row(data.y)[data.x - buffer.rect.x]);
+      return plan;
+    }
     plan.kind = SamplingKind::texel;
     plan.dx = -static_cast<int>(m.tx) - bufferRect.x;
     plan.dy = -static_cast<int>(m.ty) - bufferRect.y;
@@ -85,7 +95,9 @@ std::optional<SamplingPlan> planSampling(const Image& source, const Affine2D& m)
 PixelRect extentOf(const SamplingPlan& plan, const Image& source, const Affine2D& m) {
   if (plan.kind == SamplingKind::constant || source.isInfinite()) return PixelRect::infinite();
   const PixelRect e = source.extent();
-  if (plan.kind == SamplingKind::texel) return e.offsetBy(static_cast<int>(m.tx), static_cast<int>(m.ty));
+  if (plan.kind == SamplingKind::texel || plan.kind == SamplingKind::solid) {
+    return e.offsetBy(static_cast<int>(m.tx), static_cast<int>(m.ty));
+  }
   const double u0 = e.x - plan.eu, u1 = e.maxX() + plan.eu, v0 = e.y - plan.ev, v1 = e.maxY() + plan.ev;
   const core::OVPoint corners[4] = {m.apply({u0, v0}), m.apply({u1, v0}), m.apply({u0, v1}), m.apply({u1, v1})};
   double minX = corners[0].x, maxX = minX, minY = corners[0].y, maxY = minY;
@@ -133,6 +145,9 @@ void runPlan(const SamplingPlan& plan, Canvas& canvas, const PixelRect& region, 
       runKernel<Blend>(ConstantSampler{v.texel(v.data.x0, v.data.y0)}, canvas, region, opacity, pool);
       return;
     }
+    case SamplingKind::solid:  // the region is already cut to the placed extent
+      runKernel<Blend>(ConstantSampler{plan.solid}, canvas, region, opacity, pool);
+      return;
     case SamplingKind::texel:
       runKernel<Blend>(TexelSampler{plan.view, plan.dx, plan.dy}, canvas, region, opacity, pool);
       return;

@@ -1,7 +1,9 @@
 #include "render/frame_compositor.hpp"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
+#include <vector>
 
 #include "render/draw_layer.hpp"
 #include "render/generated_image_factory.hpp"
@@ -143,6 +145,87 @@ Image composeLevel(const Composition& composition, const RenderPlan& plan, doubl
   return std::move(canvas).image();
 }
 
+// One placed layer of a banded frame.
+struct DrawStep {
+  Image image;
+  Affine2D placement;
+  double opacity = 1;
+  core::OVBlendMode mode = core::OVBlendMode::normal;
+};
+
+// Rows composed together: the band's pixels (1920 × 16 in floats, half a
+// megabyte) stay in the core's cache from background to 8-bit output.
+constexpr int kBandRows = 16;
+
+// Whether every layer of the frame can be drawn band by band: nothing needs
+// the whole picture beneath it (an adjustment layer) and no moment other
+// than t is drawn (motion blur).
+bool composesInBands(const Composition& composition, const OVTime& t) {
+  if (composition.motionBlurEnabled && composition.motionBlurShutterAngle > 1.0) return false;
+  const bool solo = composition.hasSoloedVisualLayers();
+  for (const Layer& layer : composition.layers) {
+    if (layer.kind() == LayerKind::adjustment && !layer.effects.empty() && isDrawn(layer, t, solo)) return false;
+  }
+  return true;
+}
+
+// The layers of the frame bottom first, each with its picture made (masks,
+// crop, effects), placed and faded: everything but the drawing itself.
+std::vector<DrawStep> drawSteps(const RenderPlan& plan, const OVTime& t, const SourceFrames& frames) {
+  const Composition& composition = plan.composition;
+  const EffectRenderContext context{composition.size, t, plan.renderScale};
+  const bool solo = composition.hasSoloedVisualLayers();
+  std::vector<DrawStep> steps;
+  for (std::size_t i = composition.layers.size(); i-- > 0;) {
+    const Layer& layer = composition.layers[i];
+    if (!isDrawn(layer, t, solo) || layer.kind() == LayerKind::adjustment) continue;
+    std::optional<GeneratedImage> generated = FrameCompositor::layerImage(layer, plan, t, frames, context, 0);
+    if (!generated || generated->image.isEmpty()) continue;
+    const double opacity = FrameCompositor::effectiveOpacity(layer, composition, t);
+    steps.push_back({std::move(generated->image),
+                     FrameCompositor::placementTransform(layer, composition, t, generated->size, plan.renderScale),
+                     opacity >= 0.999 ? 1.0 : opacity, layer.blendMode});
+  }
+  return steps;
+}
+
+// The frame band by band, the bands spread over the worker threads, each
+// thread with a scratch band of its own that it keeps between frames.
+std::expected<void, ImageError> composeBandsInto(const RenderPlan& plan, const OVTime& t, const SourceFrames& frames,
+                                                 std::span<std::uint8_t> out, std::size_t bytesPerRow,
+                                                 Rgba8Format format) {
+  const PixelSize size = plan.renderSize();
+  const std::size_t rowBytes = static_cast<std::size_t>(size.width) * 4;
+  if (bytesPerRow < rowBytes || out.size() < (static_cast<std::size_t>(size.height) - 1) * bytesPerRow + rowBytes) {
+    return std::unexpected(ImageError::bufferTooSmall);
+  }
+  const std::vector<DrawStep> steps = drawSteps(plan, t, frames);
+  const Composition& composition = plan.composition;
+  const Rgba background = composition.isTransparent ? Rgba{} : premultiplied(composition.backgroundColor);
+  std::atomic<bool> failed{false};
+  WorkerPool& pool = WorkerPool::shared();
+  pool.forEachBand(0, size.height, std::int64_t{size.width} * static_cast<std::int64_t>(steps.size() + 2),
+                   [&](int first, int last) {
+    thread_local Canvas scratch;
+    for (int y = first; y < last; y += kBandRows) {
+      const PixelRect band{0, y, size.width, std::min(kBandRows, last - y)};
+      if (!scratch.reuseFor(band)) {
+        failed = true;
+        return;
+      }
+      std::fill(scratch.row(band.y), scratch.row(band.y) + band.area(), background);
+      // Called from inside a band, these run on this thread alone.
+      for (const DrawStep& step : steps) drawLayer(scratch, band, step.image, step.placement, step.opacity, step.mode);
+      for (int row = band.y; row < band.maxY(); ++row) {
+        writeRgba8Row(scratch.row(row), size.width,
+                      out.data() + static_cast<std::size_t>(size.height - 1 - row) * bytesPerRow, format);
+      }
+    }
+  });
+  if (failed) return std::unexpected(ImageError::outOfMemory);
+  return {};
+}
+
 }  // namespace
 
 Image FrameCompositor::composeFrame(const RenderPlan& plan, const OVTime& t, const SourceFrames& frames) {
@@ -155,6 +238,7 @@ std::expected<void, ImageError> FrameCompositor::composeFrameInto(const RenderPl
                                                                   const SourceFrames& frames,
                                                                   std::span<std::uint8_t> out,
                                                                   std::size_t bytesPerRow, Rgba8Format format) {
+  if (composesInBands(plan.composition, t)) return composeBandsInto(plan, t, frames, out, bytesPerRow, format);
   const PixelSize size = plan.renderSize();
   return writeRgba8(composeFrame(plan, t, frames), {0, 0, size.width, size.height}, out, bytesPerRow, format);
 }
@@ -264,8 +348,10 @@ std::optional<GeneratedImage> FrameCompositor::sourceImage(const Layer& layer, c
 Affine2D FrameCompositor::placementTransform(const Layer& layer, const Composition& composition, const OVTime& t,
                                              const OVSize& layerSize, double scale) {
   Affine2D m = layer.transform.affineTransformAt(t, layerSize);
-  for (const Layer* parent : composition.parentChainFor(layer.id)) {
-    m = Affine2D::concatenating(m, parent->transform.pivotTransformAt(t));
+  if (layer.parentLayerID) {
+    for (const Layer* parent : composition.parentChainFor(layer.id)) {
+      m = Affine2D::concatenating(m, parent->transform.pivotTransformAt(t));
+    }
   }
   if (scale != 1.0) m = Affine2D::concatenating(m, Affine2D::makeScale(scale, scale));
   return m;
@@ -273,8 +359,10 @@ Affine2D FrameCompositor::placementTransform(const Layer& layer, const Compositi
 
 double FrameCompositor::effectiveOpacity(const Layer& layer, const Composition& composition, const OVTime& t) {
   double o = layer.transform.opacity.doubleValueAt(t, 100) / 100 * layer.fadeMultiplierAt(t);
-  for (const Layer* parent : composition.parentChainFor(layer.id)) {
-    o *= parent->transform.opacity.doubleValueAt(t, 100) / 100 * parent->fadeMultiplierAt(t);
+  if (layer.parentLayerID) {
+    for (const Layer* parent : composition.parentChainFor(layer.id)) {
+      o *= parent->transform.opacity.doubleValueAt(t, 100) / 100 * parent->fadeMultiplierAt(t);
+    }
   }
   return o > 0 ? std::min(o, 1.0) : 0.0;  // NaN counts as transparent
 }

@@ -31,7 +31,9 @@ std::expected<std::shared_ptr<PixelBuffer>, ImageError> allocateBuffer(const Pix
   try {
     auto buffer = std::make_shared<PixelBuffer>();
     buffer->rect = rect;
-    buffer->pixels = std::make_unique_for_overwrite<Rgba[]>(static_cast<std::size_t>(rect.area()));
+    buffer->capacity = static_cast<std::size_t>(rect.area());
+    buffer->pixels = makePixelStorage(buffer->capacity);
+    if (!buffer->pixels) return std::unexpected(ImageError::outOfMemory);
     return buffer;
   } catch (const std::bad_alloc&) {
     return std::unexpected(ImageError::outOfMemory);
@@ -63,7 +65,8 @@ std::expected<void, ImageError> checkCanvasRect(const PixelRect& rect) {
 Image Image::constant(Rgba colour) {
   auto buffer = std::make_shared<PixelBuffer>();
   buffer->rect = {0, 0, 1, 1};
-  buffer->pixels = std::make_unique<Rgba[]>(1);
+  buffer->pixels = makePixelStorage(1);
+  if (!buffer->pixels) throw std::bad_alloc();
   buffer->pixels[0] = colour;
   return Image(std::move(buffer), {0, 0, 1, 1}, PixelRect::infinite());
 }
@@ -134,6 +137,18 @@ std::expected<Canvas, ImageError> Canvas::makeUnfilled(const PixelRect& rect) {
   auto buffer = allocateBuffer(rect);
   if (!buffer) return std::unexpected(buffer.error());
   return Canvas(std::move(*buffer));
+}
+
+std::expected<void, ImageError> Canvas::reuseFor(const PixelRect& rect) {
+  if (auto ok = checkCanvasRect(rect); !ok) return ok;
+  if (buffer_ && buffer_.use_count() == 1 && buffer_->capacity >= static_cast<std::size_t>(rect.area())) {
+    buffer_->rect = rect;
+    return {};
+  }
+  auto made = makeUnfilled(rect);
+  if (!made) return std::unexpected(made.error());
+  *this = std::move(*made);
+  return {};
 }
 
 std::expected<Canvas, ImageError> Canvas::from(Image image, const PixelRect& rect, WorkerPool& pool) {

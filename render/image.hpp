@@ -21,6 +21,7 @@
 #include <string_view>
 #include <type_traits>
 
+#include "render/pixel_memory.hpp"
 #include "render/pixel_rect.hpp"
 #include "render/rgba.hpp"
 #include "render/worker_pool.hpp"
@@ -49,7 +50,8 @@ std::expected<void, ImageError> checkCanvasRect(const PixelRect& rect);
 // Stored pixels: a rectangle of them, rows from the bottom up.
 struct PixelBuffer {
   PixelRect rect;
-  std::unique_ptr<Rgba[]> pixels;
+  PixelStorage pixels;
+  std::size_t capacity = 0;  // pixels allocated; at least rect.area()
 
   // The pixel at (rect.x, y).
   Rgba* row(int y) { return pixels.get() + static_cast<std::ptrdiff_t>(y - rect.y) * rect.width; }
@@ -136,6 +138,11 @@ class Canvas {
   // was their only owner and they cover exactly rect.
   static std::expected<Canvas, ImageError> from(Image image, const PixelRect& rect,
                                                 WorkerPool& pool = WorkerPool::shared());
+
+  // Makes this canvas cover rect with pixels left unset, reusing its own
+  // when nothing else shares them and there are enough; otherwise new ones.
+  // For scratch canvases that a thread fills again and again.
+  std::expected<void, ImageError> reuseFor(const PixelRect& rect);
 
   PixelRect rect() const { return buffer_ ? buffer_->rect : PixelRect{}; }
   // The pixel at (rect().x, y); y must lie in rect().

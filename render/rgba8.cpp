@@ -15,19 +15,34 @@ bool fits(std::size_t size, int width, int height, std::size_t bytesPerRow) {
   return bytesPerRow >= rowBytes && (static_cast<std::size_t>(height) - 1) * bytesPerRow + rowBytes <= size;
 }
 
-void writePixel(const Rgba& p, Rgba8Format format, std::uint8_t* out) {
+template <bool straight, bool bgra>
+inline void writePixel(const Rgba& p, std::uint8_t* out) {
   float r = p.r, g = p.g, b = p.b;
-  if (format.alpha == AlphaForm::straight) {
+  // Opaque pixels, the common case of a frame, need no division.
+  if (straight && p.a != 1.0f) {
     const float inverse = p.a > 0 ? 1.0f / p.a : 0.0f;
     r *= inverse;
     g *= inverse;
     b *= inverse;
   }
-  if (format.order == ChannelOrder::bgra) std::swap(r, b);
+  if (bgra) std::swap(r, b);
   out[0] = toByte(r);
   out[1] = toByte(g);
   out[2] = toByte(b);
   out[3] = toByte(p.a);
+}
+
+template <bool straight, bool bgra>
+void writeRow(const Rgba* in, int count, std::uint8_t* out) {
+  for (int x = 0; x < count; ++x) writePixel<straight, bgra>(in[x], out + 4 * x);
+}
+
+using RowWriter = void (*)(const Rgba*, int, std::uint8_t*);
+
+RowWriter rowWriterFor(Rgba8Format format) {
+  const bool straight = format.alpha == AlphaForm::straight, bgra = format.order == ChannelOrder::bgra;
+  if (straight) return bgra ? &writeRow<true, true> : &writeRow<true, false>;
+  return bgra ? &writeRow<false, true> : &writeRow<false, false>;
 }
 
 Rgba readPixel(const std::uint8_t* in, Rgba8Format format) {
@@ -41,9 +56,8 @@ Rgba readPixel(const std::uint8_t* in, Rgba8Format format) {
 
 }  // namespace
 
-std::uint8_t toByte(float component) {
-  const float c = component > 0 ? std::min(component, 1.0f) : 0.0f;
-  return static_cast<std::uint8_t>(c * 255.0f + 0.5f);
+void writeRgba8Row(const Rgba* pixels, int count, std::uint8_t* out, Rgba8Format format) {
+  rowWriterFor(format)(pixels, count, out);
 }
 
 std::expected<void, ImageError> writeRgba8(const Image& image, const PixelRect& region, std::span<std::uint8_t> out,
@@ -58,14 +72,23 @@ std::expected<void, ImageError> writeRgba8(const Image& image, const PixelRect& 
     return {};
   }
   const detail::SourceView view = detail::SourceView::of(image);
-  const int ox = image.buffer()->rect.x, oy = image.buffer()->rect.y;
+  const PixelBuffer& buffer = *image.buffer();
+  const int ox = buffer.rect.x, oy = buffer.rect.y;
+  const RowWriter writeRowOf = rowWriterFor(format);
+  // A frame's region lies inside the stored pixels: rows are read in place.
+  const bool stored = image.dataRect().contains(region) && image.extent().contains(region);
   pool.forEachBand(region.y, region.maxY(), region.width, [&](int first, int last) {
+    Rgba line[256];
     for (int y = first; y < last; ++y) {
       std::uint8_t* row = out.data() + static_cast<std::size_t>(region.maxY() - 1 - y) * bytesPerRow;
-      for (int x = 0; x < region.width; ++x) {
-        Rgba p;
-        detail::store(p, view.texel(region.x + x - ox, y - oy));
-        writePixel(p, format, row + 4 * x);
+      if (stored) {
+        writeRowOf(buffer.row(y) + (region.x - ox), region.width, row);
+        continue;
+      }
+      for (int x = 0; x < region.width; x += 256) {
+        const int count = std::min(256, region.width - x);
+        for (int i = 0; i < count; ++i) detail::store(line[i], view.texel(region.x + x + i - ox, y - oy));
+        writeRowOf(line, count, row + 4 * x);
       }
     }
   });

@@ -24,7 +24,10 @@ struct Rgba8Format {
 
 // One component as a byte: clamped to 0 ... 1 (NaN as 0), × 255, rounded to
 // nearest.
-std::uint8_t toByte(float component);
+inline std::uint8_t toByte(float component) {
+  const float c = component > 0 ? (component < 1.0f ? component : 1.0f) : 0.0f;
+  return static_cast<std::uint8_t>(c * 255.0f + 0.5f);
+}
 
 // Writes the values of image over region into out, 4 bytes a pixel, rows
 // bytesPerRow apart from the top of region down. Where the image has no
@@ -33,6 +36,9 @@ std::uint8_t toByte(float component);
 std::expected<void, ImageError> writeRgba8(const Image& image, const PixelRect& region, std::span<std::uint8_t> out,
                                            std::size_t bytesPerRow, Rgba8Format format = {},
                                            WorkerPool& pool = WorkerPool::shared());
+
+// One row of pixels as count 4-byte pixels at out.
+void writeRgba8Row(const Rgba* pixels, int count, std::uint8_t* out, Rgba8Format format = {});
 
 // The same into a new tightly packed buffer.
 std::expected<std::vector<std::uint8_t>, ImageError> toRgba8(const Image& image, const PixelRect& region,
