@@ -17,7 +17,8 @@ namespace {
 
 // Past this many source pixels per destination pixel along a direction,
 // bilinear taps would skip pixels and alias: average the footprint instead.
-constexpr double kMinifyFootprint = 1.5;
+// Up to a halving, bilinear reads every source pixel at least once.
+constexpr double kMinifyFootprint = 2.0;
 // Bounds the work per pixel of an extreme downscale.
 constexpr int kMaxTapsPerAxis = 64;
 

@@ -4,9 +4,10 @@
 //
 // Sampling: a whole-pixel translation copies pixels exactly; otherwise each
 // destination pixel centre is mapped back into the source. Bilinear
-// interpolation serves magnification and mild minification; once a
-// destination pixel spans more than 1.5 source pixels along a direction
-// (scale below about 2/3), its footprint is averaged from a grid of bilinear
+// interpolation serves magnification and minification down to half size
+// (where it still reads every source pixel); once a destination pixel spans
+// more than 2 source pixels along a direction, its footprint is averaged from
+// a grid of bilinear
 // taps about a source pixel apart (up to 64 per direction), so that a
 // downscale does not alias. Outside its extent the source is transparent,
 // so edges come out antialiased.

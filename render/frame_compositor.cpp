@@ -9,6 +9,7 @@
 #include "render/generated_image_factory.hpp"
 #include "render/image_ops.hpp"
 #include "render/mask_rasterizer.hpp"
+#include "render/mip_level.hpp"
 #include "render/still_image_cache.hpp"
 
 namespace orvane::render {
@@ -110,11 +111,13 @@ void paintLayer(Canvas& canvas, const PixelRect& renderRect, const Layer& layer,
                 const EffectRenderContext& context, int depth) {
   const std::optional<GeneratedImage> generated = FrameCompositor::layerImage(layer, plan, t, frames, context, depth);
   if (!generated || generated->image.isEmpty()) return;
-  const Affine2D placement = FrameCompositor::placementTransform(layer, composition, t, generated->size, scale);
+  Affine2D placement = FrameCompositor::placementTransform(layer, composition, t, generated->size, scale);
+  Image picture = generated->image;
+  reduceForPlacement(picture, placement);
   double opacity = FrameCompositor::effectiveOpacity(layer, composition, t);
   // Near-opaque layers are drawn opaque: no fade pass for rounding noise.
   if (opacity >= 0.999) opacity = 1;
-  drawLayer(canvas, renderRect, generated->image, placement, opacity, layer.blendMode);
+  drawLayer(canvas, renderRect, picture, placement, opacity, layer.blendMode);
 }
 
 Image composeLevel(const Composition& composition, const RenderPlan& plan, double scale, const OVTime& t,
@@ -182,11 +185,33 @@ std::vector<DrawStep> drawSteps(const RenderPlan& plan, const OVTime& t, const S
     std::optional<GeneratedImage> generated = FrameCompositor::layerImage(layer, plan, t, frames, context, 0);
     if (!generated || generated->image.isEmpty()) continue;
     const double opacity = FrameCompositor::effectiveOpacity(layer, composition, t);
-    steps.push_back({std::move(generated->image),
-                     FrameCompositor::placementTransform(layer, composition, t, generated->size, plan.renderScale),
-                     opacity >= 0.999 ? 1.0 : opacity, layer.blendMode});
+    DrawStep step{std::move(generated->image),
+                  FrameCompositor::placementTransform(layer, composition, t, generated->size, plan.renderScale),
+                  opacity >= 0.999 ? 1.0 : opacity, layer.blendMode};
+    reduceForPlacement(step.image, step.placement);
+    steps.push_back(std::move(step));
   }
   return steps;
+}
+
+// The colour of a step that paints one opaque colour over all of rect with
+// nothing to blend: a solid on whole pixels at full opacity.
+std::optional<Rgba> opaqueFill(const DrawStep& step, const PixelRect& rect) {
+  const Affine2D& m = step.placement;
+  const Image& image = step.image;
+  if (step.opacity != 1 || step.mode != core::OVBlendMode::normal || image.isEmpty() || image.isInfinite()) {
+    return std::nullopt;
+  }
+  if (m.a != 1 || m.b != 0 || m.c != 0 || m.d != 1 || m.tx != std::trunc(m.tx) || m.ty != std::trunc(m.ty) ||
+      std::abs(m.tx) > kMaxImagePosition || std::abs(m.ty) > kMaxImagePosition) {
+    return std::nullopt;
+  }
+  const PixelRect data = image.dataRect();
+  const PixelRect placed = image.extent().offsetBy(static_cast<int>(m.tx), static_cast<int>(m.ty));
+  if (data.width != 1 || data.height != 1 || !placed.contains(rect)) return std::nullopt;
+  const Rgba colour = image.pixelAt(data.x, data.y);
+  if (colour.a != 1) return std::nullopt;
+  return colour;
 }
 
 // The frame band by band, the bands spread over the worker threads, each
@@ -199,9 +224,17 @@ std::expected<void, ImageError> composeBandsInto(const RenderPlan& plan, const O
   if (bytesPerRow < rowBytes || out.size() < (static_cast<std::size_t>(size.height) - 1) * bytesPerRow + rowBytes) {
     return std::unexpected(ImageError::bufferTooSmall);
   }
-  const std::vector<DrawStep> steps = drawSteps(plan, t, frames);
+  std::vector<DrawStep> steps = drawSteps(plan, t, frames);
   const Composition& composition = plan.composition;
-  const Rgba background = composition.isTransparent ? Rgba{} : premultiplied(composition.backgroundColor);
+  Rgba background = composition.isTransparent ? Rgba{} : premultiplied(composition.backgroundColor);
+  // An opaque solid over the whole frame at the bottom (a backdrop layer)
+  // hides the background: it becomes the fill instead of a pass of its own.
+  if (!steps.empty()) {
+    if (const std::optional<Rgba> fill = opaqueFill(steps.front(), {0, 0, size.width, size.height})) {
+      background = *fill;
+      steps.erase(steps.begin());
+    }
+  }
   std::atomic<bool> failed{false};
   WorkerPool& pool = WorkerPool::shared();
   pool.forEachBand(0, size.height, std::int64_t{size.width} * static_cast<std::int64_t>(steps.size() + 2),

@@ -2,6 +2,10 @@
 
 #include <algorithm>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 #include "render/samplers.hpp"
 
 namespace orvane::render {
@@ -32,10 +36,53 @@ inline void writePixel(const Rgba& p, std::uint8_t* out) {
   out[3] = toByte(p.a);
 }
 
+#if defined(__SSE2__)
+// Four components of one pixel as bytes in the low lanes: straight colour
+// when asked (alpha kept), channels swapped for BGRA, clamped to 0 ... 1
+// (NaN as 0), × 255 and rounded, as toByte does.
+template <bool straight, bool bgra>
+inline __m128i scaledPixel(__m128 p) {
+  if (straight) {
+    const __m128 a = _mm_shuffle_ps(p, p, _MM_SHUFFLE(3, 3, 3, 3));
+    const __m128 inverse = _mm_and_ps(_mm_cmpgt_ps(a, _mm_setzero_ps()), _mm_div_ps(_mm_set1_ps(1.0f), a));
+    const __m128 alphaLane = _mm_castsi128_ps(_mm_set_epi32(-1, 0, 0, 0));
+    p = _mm_or_ps(_mm_andnot_ps(alphaLane, _mm_mul_ps(p, inverse)), _mm_and_ps(alphaLane, p));
+  }
+  if (bgra) p = _mm_shuffle_ps(p, p, _MM_SHUFFLE(3, 0, 1, 2));
+  // max(p, 0) gives 0 for NaN: the second operand wins when one is NaN.
+  const __m128 clamped = _mm_min_ps(_mm_max_ps(p, _mm_setzero_ps()), _mm_set1_ps(1.0f));
+  return _mm_cvttps_epi32(_mm_add_ps(_mm_mul_ps(clamped, _mm_set1_ps(255.0f)), _mm_set1_ps(0.5f)));
+}
+
+template <bool straight, bool bgra>
+inline void writeFour(const Rgba* in, std::uint8_t* out) {
+  const __m128i p0 = scaledPixel<straight, bgra>(_mm_load_ps(&in[0].r));
+  const __m128i p1 = scaledPixel<straight, bgra>(_mm_load_ps(&in[1].r));
+  const __m128i p2 = scaledPixel<straight, bgra>(_mm_load_ps(&in[2].r));
+  const __m128i p3 = scaledPixel<straight, bgra>(_mm_load_ps(&in[3].r));
+  const __m128i bytes = _mm_packus_epi16(_mm_packs_epi32(p0, p1), _mm_packs_epi32(p2, p3));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(out), bytes);
+}
+
+template <bool straight, bool bgra>
+void writeRow(const Rgba* in, int count, std::uint8_t* out) {
+  int x = 0;
+  for (; x + 4 <= count; x += 4) {
+    // Opaque pixels, most of a frame, are the same straight or not.
+    if (!straight || (in[x].a == 1.0f && in[x + 1].a == 1.0f && in[x + 2].a == 1.0f && in[x + 3].a == 1.0f)) {
+      writeFour<false, bgra>(in + x, out + 4 * x);
+    } else {
+      writeFour<true, bgra>(in + x, out + 4 * x);
+    }
+  }
+  for (; x < count; ++x) writePixel<straight, bgra>(in[x], out + 4 * x);
+}
+#else
 template <bool straight, bool bgra>
 void writeRow(const Rgba* in, int count, std::uint8_t* out) {
   for (int x = 0; x < count; ++x) writePixel<straight, bgra>(in[x], out + 4 * x);
 }
+#endif
 
 using RowWriter = void (*)(const Rgba*, int, std::uint8_t*);
 

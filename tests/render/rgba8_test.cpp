@@ -56,3 +56,37 @@ TEST(Rgba8Test, RoundTripAndBufferChecks) {
 
 }  // namespace
 }  // namespace orvane::render
+
+namespace orvane::render {
+namespace {
+
+// Rows are converted four pixels at a time where the processor allows, the
+// rest one by one; both must follow toByte exactly, in every format.
+TEST(Rgba8Test, RowConversionFollowsTheByteRuleInEveryFormat) {
+  const float nan = std::nanf("");
+  const Rgba pixels[] = {{0.5f, 0.25f, 0.125f, 1},   {0.2f, 0.1f, 0.05f, 0.4f}, {nan, -1, 2, 1},
+                         {0.3f, 0.3f, 0.3f, 0},      {1.2f, 0.6f, -0.1f, 0.6f}, {0, 0, 0, 0.003f},
+                         {0.001f, 0.5f, 0.999f, 1}};
+  for (const AlphaForm alpha : {AlphaForm::straight, AlphaForm::premultiplied}) {
+    for (const ChannelOrder order : {ChannelOrder::rgba, ChannelOrder::bgra}) {
+      std::uint8_t out[sizeof pixels / sizeof pixels[0] * 4];
+      alignas(16) Rgba row[sizeof pixels / sizeof pixels[0]];
+      std::copy(std::begin(pixels), std::end(pixels), row);
+      writeRgba8Row(row, 7, out, {alpha, order});
+      for (int i = 0; i < 7; ++i) {
+        const Rgba& p = pixels[i];
+        const float inverse = alpha == AlphaForm::straight ? (p.a > 0 ? 1 / p.a : 0) : 1;
+        float r = p.r * inverse, g = p.g * inverse, b = p.b * inverse;
+        if (alpha == AlphaForm::straight && p.a == 1) r = p.r, g = p.g, b = p.b;
+        if (order == ChannelOrder::bgra) std::swap(r, b);
+        EXPECT_EQ(out[4 * i], toByte(r)) << i;
+        EXPECT_EQ(out[4 * i + 1], toByte(g)) << i;
+        EXPECT_EQ(out[4 * i + 2], toByte(b)) << i;
+        EXPECT_EQ(out[4 * i + 3], toByte(p.a)) << i;
+      }
+    }
+  }
+}
+
+}  // namespace
+}  // namespace orvane::render
