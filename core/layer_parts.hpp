@@ -2,6 +2,7 @@
 // The animated parts of a layer: transform, crop, masks, effects and audio.
 // Every keyframe in them runs on the composition clock. Plain values.
 
+#include <algorithm>
 #include <array>
 #include <map>
 #include <string>
@@ -119,7 +120,8 @@ struct LayerMask {
   AnimatedProperty path{PropertyValue::maskPath(MaskPath{})};
   AnimatedProperty feather = AnimatedProperty::double_(0);
 
-  double featherValueAt(const OVTime& t) const { return feather.doubleValueAt(t, 0); }
+  // Never below 0.
+  double featherValueAt(const OVTime& t) const { return std::max(0.0, feather.doubleValueAt(t, 0)); }
   // The path at t; an empty closed path when the value is no mask path.
   MaskPath pathValueAt(const OVTime& t) const;
 

@@ -331,3 +331,49 @@ TEST(FrameCompositorTest, ComposesIntoAnEightBitBufferOfTheRenderSize) {
 
 }  // namespace
 }  // namespace orvane::render
+
+namespace orvane::render {
+namespace {
+
+// Sizes and values from a damaged or hostile file: each layer is left out
+// or drawn within bounds, and the frame still comes out.
+TEST(FrameCompositorHostileInputTest, AbsurdSizesLeaveLayersOutRatherThanExhaustMemory) {
+  Composition c = composition(64, 48);
+  const OVTimeRange range(OVTime::zero, secs(10));
+  Layer hugeSolid("solid", LayerContent::solid({{1, 0, 0, 1}, {1e12, 1e12}}), range);
+  core::ShapeContent shape;
+  shape.size = {1e9, 5};
+  Layer hugeShape("shape", LayerContent::shape(shape), range);
+  core::TextContent text;
+  text.string = "Huge";
+  text.fontSize = 1e7;
+  Layer hugeText("text", LayerContent::text(text), range);
+  Layer masked("masked", LayerContent::solid({{0, 1, 0, 1}, {1e8, 1e8}}), range);
+  core::LayerMask mask;
+  mask.path = core::AnimatedProperty(core::PropertyValue::maskPath(core::MaskPath::ellipseIn({1e8, 1e8})));
+  mask.feather = core::AnimatedProperty::double_(50);
+  masked.masks = {mask};
+  Layer nanPlaced("nan", LayerContent::solid({{0, 0, 1, 1}, {10, 10}}), range);
+  nanPlaced.transform.position = core::AnimatedProperty::point(std::nan(""), 5);
+  nanPlaced.transform.scale = core::AnimatedProperty::point(1e300, -1e300);
+  for (Layer* l : {&hugeSolid, &hugeShape, &hugeText, &masked}) {
+    l->transform = core::LayerTransform::centeredIn(c.size);
+  }
+  c.layers = {nanPlaced, masked, hugeText, hugeShape, hugeSolid};
+  RenderPlan plan;
+  plan.composition = c;
+  const Image image = FrameCompositor::composeFrame(plan, secs(1), {});
+  EXPECT_EQ(image.extent(), (PixelRect{0, 0, 64, 48}));
+  std::vector<std::uint8_t> bytes(64 * 48 * 4);
+  EXPECT_TRUE(FrameCompositor::composeFrameInto(plan, secs(1), {}, bytes, 64 * 4));
+}
+
+TEST(FrameCompositorHostileInputTest, ACompositionOfNoSizeRendersTwoByTwo) {
+  RenderPlan plan;
+  plan.composition = composition(0, -5);
+  const Image image = FrameCompositor::composeFrame(plan, OVTime::zero, {});
+  EXPECT_EQ(image.extent(), (PixelRect{0, 0, 2, 2}));
+}
+
+}  // namespace
+}  // namespace orvane::render
