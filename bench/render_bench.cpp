@@ -14,6 +14,7 @@
 
 #include "bench/allocation_counter.hpp"
 #include "bench/ratio_reporter.hpp"
+#include "bench/render_bench_support.hpp"
 #include "render/draw_layer.hpp"
 #include "render/image_ops.hpp"
 
@@ -21,27 +22,18 @@
 namespace {
 
 using namespace orvane::render;
+using orvane::bench_support::kFullHD;
+using orvane::bench_support::poolOf;
 using orvane::core::Affine2D;
 using orvane::core::OVBlendMode;
-
-constexpr PixelRect kFullHD{0, 0, 1920, 1080};
-
-WorkerPool& poolOf(int threads) {
-  static WorkerPool one(1), two(2);
-  return threads == 1 ? one : two;
-}
 
 // A half-transparent picture with detail everywhere.
 const Image& sourcePicture() {
   static const Image image = [] {
-    Canvas canvas = *Canvas::make(kFullHD);
-    for (int y = 0; y < kFullHD.height; ++y) {
-      for (int x = 0; x < kFullHD.width; ++x) {
-        const float a = 0.5f + 0.5f * static_cast<float>((x ^ y) & 1);
-        canvas.row(y)[x] = {a * static_cast<float>(x % 256) / 255, a * static_cast<float>(y % 256) / 255, a * 0.5f, a};
-      }
-    }
-    return std::move(canvas).image();
+    return orvane::bench_support::fullHDPicture([](int x, int y) {
+      const float a = 0.5f + 0.5f * static_cast<float>((x ^ y) & 1);
+      return Rgba{a * static_cast<float>(x % 256) / 255, a * static_cast<float>(y % 256) / 255, a * 0.5f, a};
+    });
   }();
   return image;
 }

@@ -16,13 +16,15 @@
 
 #include "bench/allocation_counter.hpp"
 #include "bench/ratio_reporter.hpp"
+#include "bench/render_bench_support.hpp"
 #include "render/effects/gaussian_blur.hpp"
 
 namespace {
 
 using namespace orvane::render;
+using orvane::bench_support::kFullHD;
+using orvane::bench_support::poolOf;
 
-constexpr PixelRect kFullHD{0, 0, 1920, 1080};
 // A line of title text on a full HD frame, as its layer's picture.
 constexpr PixelRect kTextLayer{0, 0, 1400, 220};
 // What one blur may allocate: the result (pixels and owner), the coarse
@@ -31,11 +33,6 @@ constexpr PixelRect kTextLayer{0, 0, 1400, 220};
 constexpr double kAllocationsPerBlur = 8;
 constexpr GaussianBlurMethod kMethods[] = {GaussianBlurMethod::exact, GaussianBlurMethod::boxes,
                                            GaussianBlurMethod::coarseGrid};
-
-WorkerPool& poolOf(int threads) {
-  static WorkerPool one(1), two(2);
-  return threads == 1 ? one : two;
-}
 
 // Glyph-like opaque strokes on transparency: what blurs of text see.
 Image strokes(const PixelRect& rect) {

@@ -13,32 +13,24 @@
 #include <vector>
 
 #include "bench/ratio_reporter.hpp"
+#include "bench/render_bench_support.hpp"
 #include "core/effect_catalog.hpp"
 #include "render/effects/effect_stack.hpp"
 
 namespace {
 
 using namespace orvane::render;
+using orvane::bench_support::kFullHD;
+using orvane::bench_support::poolOf;
 using orvane::core::PropertyValue;
-
-constexpr PixelRect kFullHD{0, 0, 1920, 1080};
-
-WorkerPool& poolOf(int threads) {
-  static WorkerPool one(1), two(2);
-  return threads == 1 ? one : two;
-}
 
 const Image& sourcePicture() {
   static const Image image = [] {
-    Canvas canvas = *Canvas::make(kFullHD);
-    for (int y = 0; y < kFullHD.height; ++y) {
-      for (int x = 0; x < kFullHD.width; ++x) {
-        const float a = 0.5f + 0.5f * static_cast<float>((x / 7 + y / 5) & 1);
-        canvas.row(y)[x] = {a * static_cast<float>(x % 256) / 255, a * static_cast<float>(y % 256) / 255,
-                            a * (0.5f + 0.5f * std::sin(x * 0.05f)), a};
-      }
-    }
-    return std::move(canvas).image();
+    return orvane::bench_support::fullHDPicture([](int x, int y) {
+      const float a = 0.5f + 0.5f * static_cast<float>((x / 7 + y / 5) & 1);
+      return Rgba{a * static_cast<float>(x % 256) / 255, a * static_cast<float>(y % 256) / 255,
+                      a * (0.5f + 0.5f * std::sin(x * 0.05f)), a};
+    });
   }();
   return image;
 }

@@ -71,6 +71,17 @@ CompositionRequest request(std::shared_ptr<const CompositionInstruction> instruc
   return r;
 }
 
+// A request that holds the render thread, once taken, until gate opens.
+CompositionRequest gatedRequest(Gate& gate, Answers& answers, int tag) {
+  CompositionRequest blocking = request(redInstruction(), answers, tag);
+  blocking.newPixelBuffer = [&gate] {
+    gate.started.set_value();
+    gate.released.wait();
+    return std::optional<VideoFrameBuffer>(buffer());
+  };
+  return blocking;
+}
+
 TEST(VideoCompositorTest, ComposesFramesIntoTheEnginesBuffersInBgra) {
   Answers answers;
   answers.expected = 1;
@@ -111,13 +122,7 @@ TEST(VideoCompositorTest, CancelEndsWhatIsQueuedAndLaterRequestsRender) {
   VideoCompositor compositor;
   // The first request holds the render thread until the others are queued.
   Gate gate;
-  CompositionRequest blocking = request(redInstruction(), answers, 1);
-  blocking.newPixelBuffer = [&gate] {
-    gate.started.set_value();
-    gate.released.wait();
-    return std::optional<VideoFrameBuffer>(buffer());
-  };
-  compositor.startRequest(std::move(blocking));
+  compositor.startRequest(gatedRequest(gate, answers, 1));
   gate.started.get_future().wait();
   compositor.startRequest(request(redInstruction(), answers, 2));
   compositor.startRequest(request(redInstruction(), answers, 3));
@@ -140,13 +145,7 @@ TEST(VideoCompositorTest, TearingDownAnswersWhatIsStillQueued) {
   std::thread releaser;
   {
     VideoCompositor compositor;
-    CompositionRequest blocking = request(redInstruction(), answers, 1);
-    blocking.newPixelBuffer = [&gate] {
-      gate.started.set_value();
-      gate.released.wait();
-      return std::optional<VideoFrameBuffer>(buffer());
-    };
-    compositor.startRequest(std::move(blocking));
+    compositor.startRequest(gatedRequest(gate, answers, 1));
     gate.started.get_future().wait();
     compositor.startRequest(request(redInstruction(), answers, 2));
     compositor.startRequest(request(redInstruction(), answers, 3));
