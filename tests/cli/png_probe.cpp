@@ -21,11 +21,11 @@ void fail(const std::string& what) {
   ++failures;
 }
 
-void checkPixel(const QImage& image, const std::string& spec) {
+void checkPixel(const QImage& image, const std::string& probe) {
   int x = 0, y = 0;
   unsigned rgba = 0;
-  if (std::sscanf(spec.c_str(), "%d,%d=%8x", &x, &y, &rgba) != 3) return fail("cannot read " + spec);
-  if (!image.rect().contains(x, y)) return fail(spec + " lies outside the picture");
+  if (std::sscanf(probe.c_str(), "%d,%d=%8x", &x, &y, &rgba) != 3) return fail("cannot read " + probe);
+  if (!image.rect().contains(x, y)) return fail(probe + " lies outside the picture");
   const QColor c = image.pixelColor(x, y);
   const int expected[] = {static_cast<int>(rgba >> 24), static_cast<int>((rgba >> 16) & 0xFF),
                           static_cast<int>((rgba >> 8) & 0xFF), static_cast<int>(rgba & 0xFF)};
@@ -34,7 +34,7 @@ void checkPixel(const QImage& image, const std::string& spec) {
     if (std::abs(expected[i] - actual[i]) > 2) {
       char text[64];
       std::snprintf(text, sizeof text, "%02X%02X%02X%02X", actual[0], actual[1], actual[2], actual[3]);
-      return fail(spec + " is " + text);
+      return fail(probe + " is " + text);
     }
   }
 }
