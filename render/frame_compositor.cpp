@@ -179,6 +179,7 @@ std::vector<DrawStep> drawSteps(const RenderPlan& plan, const OVTime& t, const S
   const EffectRenderContext context{composition.size, t, plan.renderScale};
   const bool solo = composition.hasSoloedVisualLayers();
   std::vector<DrawStep> steps;
+  steps.reserve(composition.layers.size());
   for (std::size_t i = composition.layers.size(); i-- > 0;) {
     const Layer& layer = composition.layers[i];
     if (!isDrawn(layer, t, solo) || layer.kind() == LayerKind::adjustment) continue;

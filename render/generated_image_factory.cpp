@@ -1,5 +1,6 @@
 #include "render/generated_image_factory.hpp"
 
+#include <charconv>
 #include <cmath>
 
 #include "core/numeric.hpp"
@@ -13,11 +14,30 @@ namespace orvane::render {
 
 namespace {
 
-std::string textKey(const core::TextContent& text, int revealed) {
-  return "text:" + std::to_string(hashValue(text)) + ":" + std::to_string(revealed);
+// Keys are asked for by every layer of every frame: they are written into
+// a buffer each thread keeps, so a cache hit allocates nothing.
+template <class Number>
+void appendNumber(std::string& key, Number n) {
+  char digits[24];
+  const auto end = std::to_chars(digits, digits + sizeof digits, n).ptr;
+  key.append(digits, end);
 }
 
-std::string shapeKey(const core::ShapeContent& shape) { return "shape:" + std::to_string(hashValue(shape)); }
+const std::string& textKey(const core::TextContent& text, int revealed) {
+  thread_local std::string key;
+  key.assign("text:");
+  appendNumber(key, hashValue(text));
+  key.push_back(':');
+  appendNumber(key, revealed);
+  return key;
+}
+
+const std::string& shapeKey(const core::ShapeContent& shape) {
+  thread_local std::string key;
+  key.assign("shape:");
+  appendNumber(key, hashValue(shape));
+  return key;
+}
 
 }  // namespace
 
