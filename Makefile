@@ -40,14 +40,15 @@ test: build
 	ctest --test-dir $(BUILD_DIR) --output-on-failure -j2 </dev/null
 
 bench: build
-	@set -e; ran=0; \
+	@ran=0; missed=""; \
 	for program in $(BUILD_DIR)/bench/orvane_*_bench; do \
 	  [ -x "$$program" ] || continue; \
 	  echo "== $$program"; \
-	  "$$program" </dev/null; \
+	  "$$program" </dev/null || missed="$$missed $${program##*/}"; \
 	  ran=$$((ran + 1)); \
 	done; \
-	if [ "$$ran" -eq 0 ]; then echo "No benchmarks built in $(BUILD_DIR)/bench."; fi
+	if [ "$$ran" -eq 0 ]; then echo "No benchmarks built in $(BUILD_DIR)/bench."; fi; \
+	if [ -n "$$missed" ]; then echo "Missed a target or failed:$$missed"; exit 1; fi
 
 clean:
 	rm -rf $(BUILD_DIR)
