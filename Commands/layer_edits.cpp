@@ -55,9 +55,7 @@ std::optional<Uuid> addLayer(ProjectDocument& doc, const core::MediaAsset& asset
   if (wasEmpty && !asset.isStill()) {
     // The factory cuts a clip to the room left; the first footage of an
     // empty composition keeps its own length, and the composition grows.
-    Composition unbounded = *active;
-    unbounded.duration = at + asset.duration + active->minimumLayerDuration();
-    const OVTime full = LayerFactory::duration(asset, unbounded, at, layer.sourceStart, options.sourceDuration);
+    const OVTime full = LayerFactory::sourceLength(asset, layer.sourceStart, options.sourceDuration);
     if (full > active->duration) layer.timeRange.duration = full;
   }
   doc.updateActiveComposition("Add " + layer.name, undo, [&](Composition& c) {

@@ -29,13 +29,16 @@ Layer generated(std::string name, LayerContent content, const Composition& compo
 
 }  // namespace
 
+OVTime LayerFactory::sourceLength(const core::MediaAsset& asset, const OVTime& sourceStart,
+                                  const std::optional<OVTime>& sourceDuration) {
+  if (asset.isStill()) return ProjectDefaults::stillDuration;
+  const OVTime available = std::max(asset.duration - sourceStart, OVTime::zero);
+  return sourceDuration ? OVTime::clamp(*sourceDuration, OVTime::zero, available) : available;
+}
+
 OVTime LayerFactory::duration(const core::MediaAsset& asset, const Composition& composition, const OVTime& start,
                               const OVTime& sourceStart, const std::optional<OVTime>& sourceDuration) {
-  OVTime length = ProjectDefaults::stillDuration;
-  if (!asset.isStill()) {
-    const OVTime available = std::max(asset.duration - sourceStart, OVTime::zero);
-    length = sourceDuration ? OVTime::clamp(*sourceDuration, OVTime::zero, available) : available;
-  }
+  const OVTime length = sourceLength(asset, sourceStart, sourceDuration);
   if (!length.isPositive()) return ProjectDefaults::stillDuration;
   return cutToRoom(length, composition, start);
 }

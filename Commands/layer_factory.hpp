@@ -23,6 +23,11 @@ struct LayerFactory {
   // image; else what the source has left after sourceStart, limited by
   // sourceDuration when given. Cut to the room left in the composition when
   // that is more than a frame; the still length when nothing is left.
+  // The clip's own length, before any cut to the composition: the still
+  // length for an image; else what the source has left after sourceStart,
+  // limited by sourceDuration when given (zero when nothing is left).
+  static core::OVTime sourceLength(const core::MediaAsset& asset, const core::OVTime& sourceStart,
+                                   const std::optional<core::OVTime>& sourceDuration);
   static core::OVTime duration(const core::MediaAsset& asset, const core::Composition& composition,
                                const core::OVTime& start, const core::OVTime& sourceStart,
                                const std::optional<core::OVTime>& sourceDuration);

@@ -66,61 +66,36 @@ auto* plainProperty(L& layer, const PropertyAddress& a) {
 }  // namespace
 
 PropertyAddress PropertyAddress::transform(const Uuid& layerID, core::LayerTransform::Channel channel) {
-  PropertyAddress a;
-  a.kind = Kind::transform;
-  a.layerID = layerID;
-  a.channel = channel;
-  return a;
+  return {.kind = Kind::transform, .layerID = layerID, .channel = channel};
 }
 
 PropertyAddress PropertyAddress::crop(const Uuid& layerID, core::LayerCrop::Edge edge) {
-  PropertyAddress a;
-  a.kind = Kind::crop;
-  a.layerID = layerID;
-  a.edge = edge;
-  return a;
+  return {.kind = Kind::crop, .layerID = layerID, .edge = edge};
 }
 
 PropertyAddress PropertyAddress::maskPath(const Uuid& layerID, const Uuid& maskID) {
-  PropertyAddress a;
-  a.kind = Kind::maskPath;
-  a.layerID = layerID;
-  a.maskID = maskID;
-  return a;
+  return {.kind = Kind::maskPath, .layerID = layerID, .maskID = maskID};
 }
 
 PropertyAddress PropertyAddress::maskFeather(const Uuid& layerID, const Uuid& maskID) {
-  PropertyAddress a = maskPath(layerID, maskID);
-  a.kind = Kind::maskFeather;
-  return a;
+  return {.kind = Kind::maskFeather, .layerID = layerID, .maskID = maskID};
 }
 
 PropertyAddress PropertyAddress::textReveal(const Uuid& layerID) {
-  PropertyAddress a;
-  a.kind = Kind::textReveal;
-  a.layerID = layerID;
-  return a;
+  return {.kind = Kind::textReveal, .layerID = layerID};
 }
 
 PropertyAddress PropertyAddress::audioVolume(const Uuid& layerID) {
-  PropertyAddress a = textReveal(layerID);
-  a.kind = Kind::audioVolume;
-  return a;
+  return {.kind = Kind::audioVolume, .layerID = layerID};
 }
 
-PropertyAddress PropertyAddress::audioPan(const Uuid& layerID) {
-  PropertyAddress a = textReveal(layerID);
-  a.kind = Kind::audioPan;
-  return a;
-}
+PropertyAddress PropertyAddress::audioPan(const Uuid& layerID) { return {.kind = Kind::audioPan, .layerID = layerID}; }
 
 PropertyAddress PropertyAddress::effectParameter(const Uuid& layerID, const Uuid& effectID, std::string parameterID) {
-  PropertyAddress a;
-  a.kind = Kind::effectParameter;
-  a.layerID = layerID;
-  a.effectID = effectID;
-  a.parameterID = std::move(parameterID);
-  return a;
+  return {.kind = Kind::effectParameter,
+          .layerID = layerID,
+          .effectID = effectID,
+          .parameterID = std::move(parameterID)};
 }
 
 std::string PropertyAddress::key() const {

@@ -5,6 +5,7 @@
 //                         | tx ty 1 |
 // so x' = a·x + c·y + tx and y' = b·x + d·y + ty. Plain value.
 
+#include <algorithm>
 #include <cmath>
 
 #include "core/geometry.hpp"
@@ -41,5 +42,17 @@ struct Affine2D {
 
   friend bool operator==(const Affine2D&, const Affine2D&) = default;
 };
+
+// The rectangle (0, 0, size) mapped by m, as the axis-aligned box around it.
+inline OVRect mappedBounds(const OVSize& size, const Affine2D& m) {
+  const OVPoint corners[] = {m.apply({0, 0}), m.apply({size.width, 0}), m.apply({0, size.height}),
+                             m.apply({size.width, size.height})};
+  double minX = corners[0].x, minY = corners[0].y, maxX = minX, maxY = minY;
+  for (const OVPoint& p : corners) {
+    minX = std::min(minX, p.x), minY = std::min(minY, p.y);
+    maxX = std::max(maxX, p.x), maxY = std::max(maxY, p.y);
+  }
+  return {minX, minY, maxX - minX, maxY - minY};
+}
 
 }  // namespace orvane::core

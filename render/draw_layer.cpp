@@ -34,7 +34,7 @@ struct SamplingPlan {
   AffineSpan span;        // bilinear and area
   int nx = 1, ny = 1;     // area: taps per direction
   double eu = 0, ev = 0;  // reach of a sample past its centre, in source pixels
-  Vec4 solid = splat(0);  // solid: the one stored pixel
+  Vec4 solid = splat(0);  // constant and solid: the one colour
 };
 
 bool isConstant(const Image& image) {
@@ -60,6 +60,7 @@ std::optional<SamplingPlan> planSampling(const Image& source, const Affine2D& m)
   plan.view = SourceView::of(source);
   if (isConstant(source)) {
     plan.kind = SamplingKind::constant;
+    plan.solid = plan.view.texel(plan.view.data.x0, plan.view.data.y0);
     return plan;
   }
   if (isWholePixelTranslation(m)) {
@@ -141,11 +142,7 @@ void runKernel(const Sampler& sampler, Canvas& canvas, const PixelRect& region, 
 template <class Blend>
 void runPlan(const SamplingPlan& plan, Canvas& canvas, const PixelRect& region, float opacity, WorkerPool& pool) {
   switch (plan.kind) {
-    case SamplingKind::constant: {
-      const SourceView& v = plan.view;
-      runKernel<Blend>(ConstantSampler{v.texel(v.data.x0, v.data.y0)}, canvas, region, opacity, pool);
-      return;
-    }
+    case SamplingKind::constant:
     case SamplingKind::solid:  // the region is already cut to the placed extent
       runKernel<Blend>(ConstantSampler{plan.solid}, canvas, region, opacity, pool);
       return;
@@ -199,6 +196,13 @@ void drawLayer(Canvas& destination, const PixelRect& destRect, const Image& sour
   const PixelRect region =
       destRect.intersection(destination.rect()).intersection(extentOf(*plan, source, placement));
   if (region.isEmpty()) return;
+  // One opaque colour laid over at full strength hides what was there (a
+  // backdrop solid): the pixels are written without reading them.
+  const bool uniform = plan->kind == SamplingKind::constant || plan->kind == SamplingKind::solid;
+  if (uniform && mode == OVBlendMode::normal && opacity >= 1 && plan->solid[3] == 1) {
+    runPlan<ReplaceBlend>(*plan, destination, region, 1.0f, pool);
+    return;
+  }
   runPlan(mode, *plan, destination, region, static_cast<float>(std::min(opacity, 1.0)), pool);
 }
 

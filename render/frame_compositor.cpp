@@ -23,9 +23,10 @@ using core::OVTime;
 
 namespace {
 
-// The whole pixels that cover a rectangle given by its corners, within the
-// range pictures may take; empty for a degenerate or non-finite one.
-PixelRect coveringPixels(double minX, double minY, double maxX, double maxY) {
+// The whole pixels that cover a rectangle, within the range pictures may
+// take; empty for a degenerate or non-finite one.
+PixelRect coveringPixels(const core::OVRect& r) {
+  const double minX = r.x, minY = r.y, maxX = r.maxX(), maxY = r.maxY();
   const double limit = kMaxImagePosition;
   if (!(minX < maxX && minY < maxY) || !(minX > -limit && maxX < limit && minY > -limit && maxY < limit)) return {};
   const int x0 = static_cast<int>(std::floor(minX)), y0 = static_cast<int>(std::floor(minY));
@@ -52,11 +53,6 @@ Image movedToOrigin(const Image& image) {
   return moved ? std::move(*moved) : Image{};
 }
 
-// Whether the layer is painted at t under the solo rule.
-bool isDrawn(const Layer& layer, const OVTime& t, bool solo) {
-  return layer.isVisual() && layer.isEnabled && layer.timeRange.contains(t) && (!solo || layer.isSolo);
-}
-
 std::optional<GeneratedImage> footageImage(const Layer& layer, const RenderPlan& plan, const SourceFrames& frames) {
   const auto track = plan.videoTrackIDs.find(layer.id);
   if (track == plan.videoTrackIDs.end()) return std::nullopt;
@@ -77,9 +73,8 @@ std::optional<GeneratedImage> stillImage(const Layer& layer, const RenderPlan& p
   if (path == plan.stillImagePaths.end()) return std::nullopt;
   const std::optional<Image> picture = StillImageCache::shared().imageAtPath(path->second);
   if (!picture || picture->isEmpty() || picture->isInfinite()) return std::nullopt;
-  Image image = movedToOrigin(*picture);
-  const PixelRect e = image.extent();
-  return GeneratedImage{std::move(image), {static_cast<double>(e.width), static_cast<double>(e.height)}};
+  const PixelRect e = picture->extent();
+  return GeneratedImage{*picture, {static_cast<double>(e.width), static_cast<double>(e.height)}};
 }
 
 // One level of a composition at a scale: the top level at the plan's scale,
@@ -98,31 +93,35 @@ std::optional<GeneratedImage> nestedImage(const Layer& layer, const RenderPlan& 
   return GeneratedImage{std::move(image), composition.size};
 }
 
-PixelSize sizeAt(const Composition& composition, double scale) {
-  RenderPlan probe;
-  probe.composition.size = composition.size;
-  probe.renderScale = scale;
-  return probe.renderSize();
-}
+// One placed layer of a frame: its picture (at a reduced level when it is
+// drawn much smaller), where it goes, how strongly, how it blends.
+struct DrawStep {
+  Image image;
+  Affine2D placement;
+  double opacity = 1;
+  core::OVBlendMode mode = core::OVBlendMode::normal;
+};
 
-// Paints one ordinary layer onto the frame.
-void paintLayer(Canvas& canvas, const PixelRect& renderRect, const Layer& layer, const Composition& composition,
-                const RenderPlan& plan, double scale, const OVTime& t, const SourceFrames& frames,
-                const EffectRenderContext& context, int depth) {
-  const std::optional<GeneratedImage> generated = FrameCompositor::layerImage(layer, plan, t, frames, context, depth);
-  if (!generated || generated->image.isEmpty()) return;
-  Affine2D placement = FrameCompositor::placementTransform(layer, composition, t, generated->size, scale);
-  Image picture = generated->image;
-  reduceForPlacement(picture, placement);
-  double opacity = FrameCompositor::effectiveOpacity(layer, composition, t);
-  // Near-opaque layers are drawn opaque: no fade pass for rounding noise.
-  if (opacity >= 0.999) opacity = 1;
-  drawLayer(canvas, renderRect, picture, placement, opacity, layer.blendMode);
+// Everything of an ordinary layer's drawing but the drawing itself: its
+// picture made (masks, crop, effects), placed and faded. None when it has
+// no picture.
+std::optional<DrawStep> drawStep(const Layer& layer, const Composition& composition, const RenderPlan& plan,
+                                 double scale, const OVTime& t, const SourceFrames& frames,
+                                 const EffectRenderContext& context, int depth) {
+  std::optional<GeneratedImage> generated = FrameCompositor::layerImage(layer, plan, t, frames, context, depth);
+  if (!generated || generated->image.isEmpty()) return std::nullopt;
+  const double opacity = FrameCompositor::effectiveOpacity(layer, composition, t);
+  // Near-opaque layers are drawn opaque: no fade for rounding noise.
+  DrawStep step{std::move(generated->image),
+                FrameCompositor::placementTransform(layer, composition, t, generated->size, scale),
+                opacity >= 0.999 ? 1.0 : opacity, layer.blendMode};
+  reduceForPlacement(step.image, step.placement);
+  return step;
 }
 
 Image composeLevel(const Composition& composition, const RenderPlan& plan, double scale, const OVTime& t,
                    const SourceFrames& frames, int depth) {
-  const PixelSize size = sizeAt(composition, scale);
+  const PixelSize size = renderSizeFor(composition.size, scale);
   const PixelRect renderRect{0, 0, size.width, size.height};
   const Rgba background = composition.isTransparent ? Rgba{} : premultiplied(composition.backgroundColor);
   auto made = Canvas::make(renderRect, background);
@@ -132,9 +131,11 @@ Image composeLevel(const Composition& composition, const RenderPlan& plan, doubl
   const bool solo = composition.hasSoloedVisualLayers();
   for (std::size_t i = composition.layers.size(); i-- > 0;) {
     const Layer& layer = composition.layers[i];
-    if (!isDrawn(layer, t, solo)) continue;
+    if (!FrameCompositor::isDrawn(layer, t, solo)) continue;
     if (layer.kind() != LayerKind::adjustment) {
-      paintLayer(canvas, renderRect, layer, composition, plan, scale, t, frames, context, depth);
+      if (const auto step = drawStep(layer, composition, plan, scale, t, frames, context, depth)) {
+        drawLayer(canvas, renderRect, step->image, step->placement, step->opacity, step->mode);
+      }
       continue;
     }
     if (layer.effects.empty()) continue;
@@ -148,14 +149,6 @@ Image composeLevel(const Composition& composition, const RenderPlan& plan, doubl
   return std::move(canvas).image();
 }
 
-// One placed layer of a banded frame.
-struct DrawStep {
-  Image image;
-  Affine2D placement;
-  double opacity = 1;
-  core::OVBlendMode mode = core::OVBlendMode::normal;
-};
-
 // Rows composed together: the band's pixels (1920 × 16 in floats, half a
 // megabyte) stay in the core's cache from background to 8-bit output.
 constexpr int kBandRows = 16;
@@ -167,7 +160,9 @@ bool composesInBands(const Composition& composition, const OVTime& t) {
   if (composition.motionBlurEnabled && composition.motionBlurShutterAngle > 1.0) return false;
   const bool solo = composition.hasSoloedVisualLayers();
   for (const Layer& layer : composition.layers) {
-    if (layer.kind() == LayerKind::adjustment && !layer.effects.empty() && isDrawn(layer, t, solo)) return false;
+    if (layer.kind() == LayerKind::adjustment && !layer.effects.empty() && FrameCompositor::isDrawn(layer, t, solo)) {
+      return false;
+    }
   }
   return true;
 }
@@ -182,37 +177,12 @@ std::vector<DrawStep> drawSteps(const RenderPlan& plan, const OVTime& t, const S
   steps.reserve(composition.layers.size());
   for (std::size_t i = composition.layers.size(); i-- > 0;) {
     const Layer& layer = composition.layers[i];
-    if (!isDrawn(layer, t, solo) || layer.kind() == LayerKind::adjustment) continue;
-    std::optional<GeneratedImage> generated = FrameCompositor::layerImage(layer, plan, t, frames, context, 0);
-    if (!generated || generated->image.isEmpty()) continue;
-    const double opacity = FrameCompositor::effectiveOpacity(layer, composition, t);
-    DrawStep step{std::move(generated->image),
-                  FrameCompositor::placementTransform(layer, composition, t, generated->size, plan.renderScale),
-                  opacity >= 0.999 ? 1.0 : opacity, layer.blendMode};
-    reduceForPlacement(step.image, step.placement);
-    steps.push_back(std::move(step));
+    if (!FrameCompositor::isDrawn(layer, t, solo) || layer.kind() == LayerKind::adjustment) continue;
+    if (auto step = drawStep(layer, composition, plan, plan.renderScale, t, frames, context, 0)) {
+      steps.push_back(std::move(*step));
+    }
   }
   return steps;
-}
-
-// The colour of a step that paints one opaque colour over all of rect with
-// nothing to blend: a solid on whole pixels at full opacity.
-std::optional<Rgba> opaqueFill(const DrawStep& step, const PixelRect& rect) {
-  const Affine2D& m = step.placement;
-  const Image& image = step.image;
-  if (step.opacity != 1 || step.mode != core::OVBlendMode::normal || image.isEmpty() || image.isInfinite()) {
-    return std::nullopt;
-  }
-  if (m.a != 1 || m.b != 0 || m.c != 0 || m.d != 1 || m.tx != std::trunc(m.tx) || m.ty != std::trunc(m.ty) ||
-      std::abs(m.tx) > kMaxImagePosition || std::abs(m.ty) > kMaxImagePosition) {
-    return std::nullopt;
-  }
-  const PixelRect data = image.dataRect();
-  const PixelRect placed = image.extent().offsetBy(static_cast<int>(m.tx), static_cast<int>(m.ty));
-  if (data.width != 1 || data.height != 1 || !placed.contains(rect)) return std::nullopt;
-  const Rgba colour = image.pixelAt(data.x, data.y);
-  if (colour.a != 1) return std::nullopt;
-  return colour;
 }
 
 // The frame band by band, the bands spread over the worker threads, each
@@ -221,21 +191,10 @@ std::expected<void, ImageError> composeBandsInto(const RenderPlan& plan, const O
                                                  std::span<std::uint8_t> out, std::size_t bytesPerRow,
                                                  Rgba8Format format) {
   const PixelSize size = plan.renderSize();
-  const std::size_t rowBytes = static_cast<std::size_t>(size.width) * 4;
-  if (bytesPerRow < rowBytes || out.size() < (static_cast<std::size_t>(size.height) - 1) * bytesPerRow + rowBytes) {
-    return std::unexpected(ImageError::bufferTooSmall);
-  }
-  std::vector<DrawStep> steps = drawSteps(plan, t, frames);
+  if (!rgba8Fits(out.size(), size.width, size.height, bytesPerRow)) return std::unexpected(ImageError::bufferTooSmall);
+  const std::vector<DrawStep> steps = drawSteps(plan, t, frames);
   const Composition& composition = plan.composition;
-  Rgba background = composition.isTransparent ? Rgba{} : premultiplied(composition.backgroundColor);
-  // An opaque solid over the whole frame at the bottom (a backdrop layer)
-  // hides the background: it becomes the fill instead of a pass of its own.
-  if (!steps.empty()) {
-    if (const std::optional<Rgba> fill = opaqueFill(steps.front(), {0, 0, size.width, size.height})) {
-      background = *fill;
-      steps.erase(steps.begin());
-    }
-  }
+  const Rgba background = composition.isTransparent ? Rgba{} : premultiplied(composition.backgroundColor);
   std::atomic<bool> failed{false};
   WorkerPool& pool = WorkerPool::shared();
   pool.forEachBand(0, size.height, std::int64_t{size.width} * static_cast<std::int64_t>(steps.size() + 2),
@@ -313,9 +272,8 @@ Image FrameCompositor::composeSingleFrame(const RenderPlan& plan, const OVTime& 
   return composeLevel(plan.composition, plan, plan.renderScale, t, frames, nestingDepth);
 }
 
-Image FrameCompositor::backgroundImage(const Composition& composition, const PixelRect& renderRect) {
-  if (composition.isTransparent) return {};
-  return crop(Image::constant(premultiplied(composition.backgroundColor)), renderRect);
+bool FrameCompositor::isDrawn(const Layer& layer, const OVTime& t, bool solo) {
+  return layer.isVisual() && layer.isEnabled && layer.timeRange.contains(t) && (!solo || layer.isSolo);
 }
 
 Image FrameCompositor::applyAdjustment(const Layer& layer, const Image& image, const EffectRenderContext& context,
@@ -326,14 +284,7 @@ Image FrameCompositor::applyAdjustment(const Layer& layer, const Image& image, c
   if (!size) return filtered;
   const Affine2D m = Affine2D::concatenating(layer.transform.affineTransformAt(context.time, *size),
                                              Affine2D::makeScale(context.renderScale, context.renderScale));
-  const core::OVPoint corners[] = {m.apply({0, 0}), m.apply({size->width, 0}), m.apply({0, size->height}),
-                                   m.apply({size->width, size->height})};
-  double minX = corners[0].x, minY = corners[0].y, maxX = minX, maxY = minY;
-  for (const core::OVPoint& p : corners) {
-    minX = std::min(minX, p.x), minY = std::min(minY, p.y);
-    maxX = std::max(maxX, p.x), maxY = std::max(maxY, p.y);
-  }
-  const PixelRect rect = coveringPixels(minX, minY, maxX, maxY).intersection(renderRect);
+  const PixelRect rect = coveringPixels(core::mappedBounds(*size, m)).intersection(renderRect);
   if (rect.isEmpty()) return image;
   auto result = compositedOver(crop(filtered, rect), image);
   return result ? std::move(*result) : image;
@@ -346,7 +297,7 @@ std::optional<GeneratedImage> FrameCompositor::layerImage(const Layer& layer, co
   if (!source || source->image.isEmpty()) return std::nullopt;
   Image image = movedToOrigin(source->image);
   const OVSize size = source->size;
-  image = crop(image, coveringPixels(0, 0, size.width, size.height));
+  image = crop(image, coveringPixels({0, 0, size.width, size.height}));
   if (!layer.masks.empty()) {
     if (const std::optional<Image> matte = MaskRasterizer::image(layer.masks, t, size)) {
       image = MaskRasterizer::apply(*matte, image);

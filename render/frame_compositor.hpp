@@ -56,9 +56,9 @@ struct FrameCompositor {
                                   int nestingDepth = 0);
 
   // --- The steps, for the stage scene and tests ---
-  // The composition's background colour over renderRect; the empty image
-  // when it is transparent.
-  static Image backgroundImage(const core::Composition& composition, const PixelRect& renderRect);
+  // Whether the layer is painted at t: visual, enabled, in its time range,
+  // and soloed when solo (some visual layer of the composition is).
+  static bool isDrawn(const core::Layer& layer, const core::OVTime& t, bool solo);
   // The adjustment layer's effects over what lies beneath, kept to the
   // bounding box of its placed rectangle; the unfiltered picture stays under.
   static Image applyAdjustment(const core::Layer& layer, const Image& image, const EffectRenderContext& context,

@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cmath>
 #include <cstring>
 #include <new>
+
+#include "core/numeric.hpp"
 
 namespace orvane::render {
 
@@ -50,6 +53,13 @@ std::string_view message(ImageError error) {
     case ImageError::bufferTooSmall: return "The output buffer is too small for the picture.";
   }
   return {};
+}
+
+std::optional<int> bitmapSide(double units) {
+  if (!std::isfinite(units)) return std::nullopt;
+  const double pixels = std::max(1.0, core::roundHalfAway(units));
+  if (pixels > kMaxImageSide) return std::nullopt;
+  return static_cast<int>(pixels);
 }
 
 std::expected<void, ImageError> checkCanvasRect(const PixelRect& rect) {

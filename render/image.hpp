@@ -18,6 +18,7 @@
 #include <cstddef>
 #include <expected>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <type_traits>
 
@@ -42,6 +43,11 @@ enum class ImageError {
 
 // One sentence for people.
 std::string_view message(ImageError error);
+
+// The pixels of a bitmap side that stands for `units` layer units: rounded
+// half away from zero, at least 1; none when not finite or past
+// kMaxImageSide.
+std::optional<int> bitmapSide(double units);
 
 // Whether a picture of this rectangle may be made (finite, sides and position
 // in range).

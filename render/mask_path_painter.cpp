@@ -26,13 +26,6 @@ const std::array<float, 256>& greyLevels() {
   return levels;
 }
 
-std::optional<int> matteSide(double side) {
-  if (!std::isfinite(side)) return std::nullopt;
-  const double pixels = std::max(1.0, core::roundHalfAway(side));
-  if (pixels > kMaxImageSide) return std::nullopt;
-  return static_cast<int>(pixels);
-}
-
 }  // namespace
 
 QPainterPath maskPainterPath(const core::MaskPath& path) {
@@ -58,8 +51,8 @@ QPainterPath maskPainterPath(const core::MaskPath& path) {
 }
 
 std::optional<PixelRect> matteRect(const core::OVSize& layerSize) {
-  const auto width = matteSide(layerSize.width);
-  const auto height = matteSide(layerSize.height);
+  const auto width = bitmapSide(layerSize.width);
+  const auto height = bitmapSide(layerSize.height);
   if (!width || !height) return std::nullopt;
   return PixelRect{0, 0, *width, *height};
 }

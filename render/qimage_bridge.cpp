@@ -9,17 +9,6 @@
 
 namespace orvane::render {
 
-namespace {
-
-std::optional<int> bitmapSide(double side) {
-  if (!std::isfinite(side)) return std::nullopt;
-  const double pixels = std::max(1.0, core::roundHalfAway(side));
-  if (pixels > kMaxImageSide) return std::nullopt;
-  return static_cast<int>(pixels);
-}
-
-}  // namespace
-
 QColor toQColor(const core::OVColor& colour, const QColor& fallback) {
   const double components[] = {colour.red, colour.green, colour.blue, colour.alpha};
   for (const double c : components) {

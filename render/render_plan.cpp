@@ -7,22 +7,6 @@ namespace orvane::render {
 
 namespace {
 
-struct Bounds {
-  double minX, minY, maxX, maxY;
-};
-
-// The rectangle (0, 0, size) mapped through m, as a bounding box.
-Bounds mappedBounds(const core::OVSize& size, const core::Affine2D& m) {
-  const core::OVPoint corners[] = {m.apply({0, 0}), m.apply({size.width, 0}), m.apply({0, size.height}),
-                                   m.apply({size.width, size.height})};
-  Bounds b{corners[0].x, corners[0].y, corners[0].x, corners[0].y};
-  for (const core::OVPoint& p : corners) {
-    b.minX = std::min(b.minX, p.x), b.minY = std::min(b.minY, p.y);
-    b.maxX = std::max(b.maxX, p.x), b.maxY = std::max(b.maxY, p.y);
-  }
-  return b;
-}
-
 int roundedSide(double units, double scale) {
   const double pixels = std::round(units * scale);  // halves away from zero
   if (!(pixels >= 2)) return 2;                     // also for NaN
@@ -32,18 +16,20 @@ int roundedSide(double units, double scale) {
 }  // namespace
 
 core::OVSize FootageGeometry::displaySize() const {
-  const Bounds b = mappedBounds(naturalSize, preferredTransform);
-  return {std::abs(b.maxX - b.minX), std::abs(b.maxY - b.minY)};
+  const core::OVRect b = core::mappedBounds(naturalSize, preferredTransform);
+  return {b.width, b.height};
 }
 
 core::Affine2D FootageGeometry::uprightTransform() const {
-  const Bounds b = mappedBounds(naturalSize, preferredTransform);
-  return core::Affine2D::concatenating(preferredTransform, core::Affine2D::makeTranslation(-b.minX, -b.minY));
+  const core::OVRect b = core::mappedBounds(naturalSize, preferredTransform);
+  return core::Affine2D::concatenating(preferredTransform, core::Affine2D::makeTranslation(-b.x, -b.y));
 }
 
-PixelSize RenderPlan::renderSize() const {
-  return {roundedSide(composition.size.width, renderScale), roundedSide(composition.size.height, renderScale)};
+PixelSize renderSizeFor(const core::OVSize& size, double scale) {
+  return {roundedSide(size.width, scale), roundedSide(size.height, scale)};
 }
+
+PixelSize RenderPlan::renderSize() const { return renderSizeFor(composition.size, renderScale); }
 
 std::vector<std::int32_t> RenderPlan::allVideoTrackIDs() const {
   std::vector<std::int32_t> ids;

@@ -42,6 +42,10 @@ struct PixelSize {
   friend bool operator==(const PixelSize&, const PixelSize&) = default;
 };
 
+// A composition of size drawn at scale, in whole pixels: rounded half away
+// from zero, never below 2 × 2 (nor above the largest picture).
+PixelSize renderSizeFor(const core::OVSize& size, double scale);
+
 struct RenderPlan {
   core::Composition composition;
   std::unordered_map<core::Uuid, core::Composition> compositionsByID;
@@ -54,8 +58,7 @@ struct RenderPlan {
   // Output pixels per composition unit.
   double renderScale = 1;
 
-  // The composition's size times renderScale, rounded half away from zero,
-  // never below 2 × 2.
+  // renderSizeFor the composition at renderScale.
   PixelSize renderSize() const;
   // Every track of videoTrackIDs, then the canvas track when present.
   std::vector<std::int32_t> allVideoTrackIDs() const;

@@ -12,13 +12,6 @@ namespace orvane::render {
 
 namespace {
 
-// Whether rows of 4-byte pixels fit in a buffer of size bytes.
-bool fits(std::size_t size, int width, int height, std::size_t bytesPerRow) {
-  const std::size_t rowBytes = static_cast<std::size_t>(width) * 4;
-  if (height <= 0 || width <= 0) return true;
-  return bytesPerRow >= rowBytes && (static_cast<std::size_t>(height) - 1) * bytesPerRow + rowBytes <= size;
-}
-
 template <bool straight, bool bgra>
 inline void writePixel(const Rgba& p, std::uint8_t* out) {
   float r = p.r, g = p.g, b = p.b;
@@ -103,6 +96,12 @@ Rgba readPixel(const std::uint8_t* in, Rgba8Format format) {
 
 }  // namespace
 
+bool rgba8Fits(std::size_t size, int width, int height, std::size_t bytesPerRow) {
+  const std::size_t rowBytes = static_cast<std::size_t>(width) * 4;
+  if (height <= 0 || width <= 0) return true;
+  return bytesPerRow >= rowBytes && (static_cast<std::size_t>(height) - 1) * bytesPerRow + rowBytes <= size;
+}
+
 void writeRgba8Row(const Rgba* pixels, int count, std::uint8_t* out, Rgba8Format format) {
   rowWriterFor(format)(pixels, count, out);
 }
@@ -111,7 +110,9 @@ std::expected<void, ImageError> writeRgba8(const Image& image, const PixelRect& 
                                            std::size_t bytesPerRow, Rgba8Format format, WorkerPool& pool) {
   if (auto ok = checkCanvasRect(region); !ok) return ok;
   if (region.isEmpty()) return {};
-  if (!fits(out.size(), region.width, region.height, bytesPerRow)) return std::unexpected(ImageError::bufferTooSmall);
+  if (!rgba8Fits(out.size(), region.width, region.height, bytesPerRow)) {
+    return std::unexpected(ImageError::bufferTooSmall);
+  }
   if (image.isEmpty()) {
     for (int row = 0; row < region.height; ++row) {
       std::fill_n(out.data() + row * bytesPerRow, static_cast<std::size_t>(region.width) * 4, std::uint8_t{0});
@@ -158,7 +159,7 @@ std::expected<Image, ImageError> imageFromRgba8(std::span<const std::uint8_t> da
   if (width <= 0 || height <= 0) return Image{};
   const PixelRect rect{0, 0, width, height};
   if (auto ok = checkCanvasRect(rect); !ok) return std::unexpected(ok.error());
-  if (!fits(data.size(), width, height, bytesPerRow)) return std::unexpected(ImageError::bufferTooSmall);
+  if (!rgba8Fits(data.size(), width, height, bytesPerRow)) return std::unexpected(ImageError::bufferTooSmall);
   auto canvas = Canvas::makeUnfilled(rect);
   if (!canvas) return std::unexpected(canvas.error());
   pool.forEachBand(0, height, width, [&](int first, int last) {

@@ -29,6 +29,10 @@ inline std::uint8_t toByte(float component) {
   return static_cast<std::uint8_t>(c * 255.0f + 0.5f);
 }
 
+// Whether height rows of width 4-byte pixels, bytesPerRow apart, fit in a
+// buffer of size bytes.
+bool rgba8Fits(std::size_t size, int width, int height, std::size_t bytesPerRow);
+
 // Writes the values of image over region into out, 4 bytes a pixel, rows
 // bytesPerRow apart from the top of region down. Where the image has no
 // pixels they come out transparent. Fails with bufferTooSmall when out can't

@@ -98,7 +98,7 @@ std::optional<StageScene> StageSceneBuilder::scene(const RenderPlan& plan, const
   std::unordered_set<core::Uuid> present;
   for (std::size_t i = composition.layers.size(); i-- > 0;) {
     const Layer& layer = composition.layers[i];
-    if (!layer.isVisual() || !layer.isEnabled || !layer.timeRange.contains(t) || (solo && !layer.isSolo)) continue;
+    if (!FrameCompositor::isDrawn(layer, t, solo)) continue;
     present.insert(layer.id);
     const std::size_t sig = signature(layer, plan, t);
     auto cached = cache_.find(layer.id);

@@ -60,10 +60,15 @@ core::OVProject badRateProject() {
   return core::OVProject("Bad Rate", {c});
 }
 
-core::Layer solidLayer(const std::string& name, core::OVColor color, core::OVSize size, core::OVPoint at) {
-  core::Layer layer(name, core::LayerContent::solid({color, size}), {core::OVTime::zero, core::OVTime(10, 1)});
+// A layer of the whole 10 s with its anchor (the middle) at `at`.
+core::Layer placedLayer(const std::string& name, core::LayerContent content, core::OVPoint at) {
+  core::Layer layer(name, std::move(content), {core::OVTime::zero, core::OVTime(10, 1)});
   layer.transform.position = core::AnimatedProperty::point(at.x, at.y);
   return layer;
+}
+
+core::Layer solidLayer(const std::string& name, core::OVColor color, core::OVSize size, core::OVPoint at) {
+  return placedLayer(name, core::LayerContent::solid({color, size}), at);
 }
 
 core::OVProject frameProject() {
@@ -74,9 +79,8 @@ core::OVProject frameProject() {
   core::TextContent title;
   title.string = "Hi";
   title.fontSize = 12;
-  core::Layer text("Title", core::LayerContent::text(title), {core::OVTime::zero, core::OVTime(10, 1)});
-  text.transform.position = core::AnimatedProperty::point(48, 40);
-  card.layers = {text, solidLayer("Red", {1, 0, 0, 1}, {16, 16}, {16, 24})};
+  card.layers = {placedLayer("Title", core::LayerContent::text(title), {48, 40}),
+                 solidLayer("Red", {1, 0, 0, 1}, {16, 16}, {16, 24})};
   core::Composition clear;
   clear.name = "Clear";
   clear.size = {32, 32};
@@ -98,9 +102,7 @@ core::Layer textLayer(const std::string& string, double size, core::OVPoint at, 
   text.fontName = "Helvetica-Bold";
   text.fontSize = size;
   text.color = color;
-  core::Layer layer(string, core::LayerContent::text(text), {core::OVTime::zero, core::OVTime(10, 1)});
-  layer.transform.position = core::AnimatedProperty::point(at.x, at.y);
-  return layer;
+  return placedLayer(string, core::LayerContent::text(text), at);
 }
 
 core::Layer shapeLayer(core::ShapeContent::ShapeType type, core::OVSize size, core::OVPoint at, core::OVColor fill) {
@@ -111,9 +113,7 @@ core::Layer shapeLayer(core::ShapeContent::ShapeType type, core::OVSize size, co
   shape.cornerRadius = 24;
   shape.isStroked = true;
   shape.strokeWidth = 6;
-  core::Layer layer("Shape", core::LayerContent::shape(shape), {core::OVTime::zero, core::OVTime(10, 1)});
-  layer.transform.position = core::AnimatedProperty::point(at.x, at.y);
-  return layer;
+  return placedLayer("Shape", core::LayerContent::shape(shape), at);
 }
 
 core::OVProject showcaseProject() {

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 
@@ -90,6 +92,25 @@ void expectUndoableEdit(ProjectDocument& doc, UndoStack& undo, std::string_view 
   EXPECT_TRUE(doc.project() == before) << "undo of " << actionName;
   undo.redo();
   EXPECT_TRUE(doc.project() == after) << "redo of " << actionName;
+}
+
+// One row of a table of edits: the undo name it must leave, and the edit.
+struct NamedEdit {
+  std::string name;
+  std::function<void()> edit;
+};
+
+// Each edit through expectUndoableEdit, undone again afterwards, so that
+// every row starts from the same project.
+inline void expectEachUndoableFromOneStart(ProjectDocument& doc, UndoStack& undo,
+                                           std::initializer_list<NamedEdit> cases) {
+  for (const NamedEdit& c : cases) {
+    const OVProject start = doc.project();
+    SCOPED_TRACE(c.name);
+    expectUndoableEdit(doc, undo, c.name, c.edit);
+    undo.undo();
+    ASSERT_TRUE(doc.project() == start);
+  }
 }
 
 // Runs edit and checks that it left no trace: no undo step, no revision.

@@ -44,10 +44,7 @@ TEST_F(KeyframeEditsTest, EveryOperationIsOneNamedStep) {
   const Uuid k0 = keys[0].id, k1 = keys[1].id;
   auto& d = doc;
   UndoStack* u = &undo;
-  const struct {
-    std::string name;
-    std::function<void()> edit;
-  } cases[] = {
+  expectEachUndoableFromOneStart(doc, undo, {
       {"Set Opacity", [&] { setPropertyValue(d, V::double_(50), opacity, secs(1), false, false, u); }},
       {"Set Length", [&] { setPropertyValue(d, V::double_(5), radius, secs(1), true, false, u); }},
       {"Add Keyframe", [&] { addKeyframe(d, position, secs(1), u); }},
@@ -69,14 +66,7 @@ TEST_F(KeyframeEditsTest, EveryOperationIsOneNamedStep) {
       {"Set Spatial Interpolation", [&] { setSpatialInterpolation(d, SpatialInterpolation::autoBezier, keys, u); }},
       {"Adjust Motion Path", [&] { setSpatialHandles(d, position, k0, {{1, 1}, {2, 2}}, false, u); }},
       {"Nudge", [&] { modifyProperty(d, opacity, "Nudge", u, [](auto& p) { p.baseValue = V::double_(3); }); }},
-  };
-  for (const auto& c : cases) {
-    const OVProject start = doc.project();
-    SCOPED_TRACE(c.name);
-    expectUndoableEdit(doc, undo, c.name, c.edit);
-    undo.undo();
-    ASSERT_TRUE(doc.project() == start);
-  }
+  });
 }
 
 TEST_F(KeyframeEditsTest, BadInputLeavesNoTrace) {

@@ -42,10 +42,7 @@ TEST_F(PropertyEditsTest, EveryOperationIsOneNamedStep) {
   const Uuid s = solid.id, blur = blurID(), mask = maskID();
   auto& d = doc;
   UndoStack* u = &undo;
-  const struct {
-    std::string name;
-    std::function<void()> edit;
-  } cases[] = {
+  expectEachUndoableFromOneStart(doc, undo, {
       {"Add Gaussian Blur", [&] { addEffect(d, catalogEffect("blur.gaussian"), {text.id}, u); }},
       {"Delete Effect", [&] { removeEffect(d, blur, s, u); }},
       {"Toggle Effect", [&] { toggleEffect(d, blur, s, u); }},
@@ -65,14 +62,7 @@ TEST_F(PropertyEditsTest, EveryOperationIsOneNamedStep) {
       {"Edit Text", [&] { setTextContent(d, {.string = "Hello"}, text.id, false, u); }},
       {"Edit Shape", [&] { setShapeContent(d, {.sideCount = 7}, shape.id, false, u); }},
       {"Edit Solid", [&] { setSolidContent(d, {OVColor::red_, {8, 8}}, s, false, u); }},
-  };
-  for (const auto& c : cases) {
-    const OVProject start = doc.project();
-    SCOPED_TRACE(c.name);
-    expectUndoableEdit(doc, undo, c.name, c.edit);
-    undo.undo();
-    ASSERT_TRUE(doc.project() == start);
-  }
+  });
 }
 
 TEST_F(PropertyEditsTest, BadInputLeavesNoTrace) {

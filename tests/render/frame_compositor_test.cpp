@@ -377,3 +377,35 @@ TEST(FrameCompositorHostileInputTest, ACompositionOfNoSizeRendersTwoByTwo) {
 
 }  // namespace
 }  // namespace orvane::render
+
+namespace orvane::render {
+namespace {
+
+// The 8-bit output draws in bands, the picture path draws whole: both must
+// give the same frame, over many bands, with a backdrop solid, rotation, a
+// strong downscale (a reduced level), fades and blend modes.
+TEST(FrameCompositorBandsTest, BandedOutputEqualsThePicturePath) {
+  Footage f(composition(64, 70));
+  const Image detail = testing_support::makeImage({0, 0, 96, 80}, testing_support::positionColour);
+  Layer backdrop("backdrop", LayerContent::solid({{0.1, 0.2, 0.3, 1}, {64, 70}}), OVTimeRange(OVTime::zero, secs(10)));
+  backdrop.transform = core::LayerTransform::centeredIn({64, 70});
+  Layer turned = f.layer(detail);
+  turned.transform.rotation = core::AnimatedProperty::double_(20);
+  turned.transform.opacity = core::AnimatedProperty::double_(70);
+  Layer shrunk = f.layer(detail);
+  shrunk.transform.scale = core::AnimatedProperty::point(20, 30);
+  shrunk.blendMode = core::OVBlendMode::screen;
+  Layer added = f.layer(18, 9, {0.2f, 0.1f, 0, 0.5f});
+  added.blendMode = core::OVBlendMode::add;
+  f.plan.composition.layers = {added, shrunk, turned, backdrop};
+
+  const Rgba8Format format{AlphaForm::straight, ChannelOrder::bgra};
+  std::vector<std::uint8_t> banded(64 * 70 * 4);
+  ASSERT_TRUE(FrameCompositor::composeFrameInto(f.plan, secs(1), f.frames, banded, 64 * 4, format));
+  const auto whole = toRgba8(FrameCompositor::composeFrame(f.plan, secs(1), f.frames), {0, 0, 64, 70}, format);
+  ASSERT_TRUE(whole);
+  EXPECT_EQ(banded, *whole);
+}
+
+}  // namespace
+}  // namespace orvane::render

@@ -99,16 +99,20 @@ TEST(VideoCompositorTest, ComposesFramesIntoTheEnginesBuffersInBgra) {
 
 TEST(VideoCompositorTest, EachFailureCarriesItsSentence) {
   Answers answers;
-  answers.expected = 2;
+  answers.expected = 3;
   VideoCompositor compositor;
   compositor.startRequest(request(nullptr, answers, 1));
   CompositionRequest noBuffer = request(redInstruction(), answers, 2);
   noBuffer.newPixelBuffer = [] { return std::optional<VideoFrameBuffer>(); };
   compositor.startRequest(std::move(noBuffer));
+  CompositionRequest shortBuffer = request(redInstruction(), answers, 3);
+  shortBuffer.newPixelBuffer = [] { return std::optional<VideoFrameBuffer>({2, 2, 8, std::vector<std::uint8_t>(9)}); };
+  compositor.startRequest(std::move(shortBuffer));
   answers.wait();
-  ASSERT_EQ(answers.results.size(), 2u);
+  ASSERT_EQ(answers.results.size(), 3u);
   EXPECT_EQ(answers.results[0].second.error, CompositorError::missingInstruction);
   EXPECT_EQ(answers.results[1].second.error, CompositorError::noPixelBuffer);
+  EXPECT_EQ(answers.results[2].second.error, CompositorError::noPixelBuffer);
   EXPECT_EQ(message(CompositorError::missingInstruction),
             "The render instruction was missing or of an unexpected type.");
   EXPECT_EQ(message(CompositorError::noPixelBuffer), "The renderer could not allocate an output frame.");
