@@ -186,7 +186,25 @@ void runPlan(OVBlendMode mode, const SamplingPlan& plan, Canvas& canvas, const P
   runPlan<SourceOverBlend>(plan, canvas, region, opacity, pool);
 }
 
+// One opaque colour laid over at full strength (a backdrop solid) hides what
+// was there: its pixels can be written without reading the destination.
+bool hidesWhatIsBeneath(const SamplingPlan& plan, double opacity, OVBlendMode mode) {
+  const bool uniform = plan.kind == SamplingKind::constant || plan.kind == SamplingKind::solid;
+  return uniform && mode == OVBlendMode::normal && opacity >= 1 && plan.solid[3] == 1;
+}
+
 }  // namespace
+
+std::optional<Rgba> coveringColour(const Image& source, const Affine2D& placement, double opacity, OVBlendMode mode,
+                                   const PixelRect& rect) {
+  const std::optional<SamplingPlan> plan = planSampling(source, placement);
+  if (!plan || !hidesWhatIsBeneath(*plan, opacity, mode) || !extentOf(*plan, source, placement).contains(rect)) {
+    return std::nullopt;
+  }
+  Rgba colour;
+  store(colour, plan->solid);
+  return colour;
+}
 
 void drawLayer(Canvas& destination, const PixelRect& destRect, const Image& source, const Affine2D& placement,
                double opacity, OVBlendMode mode, WorkerPool& pool) {
@@ -196,10 +214,7 @@ void drawLayer(Canvas& destination, const PixelRect& destRect, const Image& sour
   const PixelRect region =
       destRect.intersection(destination.rect()).intersection(extentOf(*plan, source, placement));
   if (region.isEmpty()) return;
-  // One opaque colour laid over at full strength hides what was there (a
-  // backdrop solid): the pixels are written without reading them.
-  const bool uniform = plan->kind == SamplingKind::constant || plan->kind == SamplingKind::solid;
-  if (uniform && mode == OVBlendMode::normal && opacity >= 1 && plan->solid[3] == 1) {
+  if (hidesWhatIsBeneath(*plan, opacity, mode)) {
     runPlan<ReplaceBlend>(*plan, destination, region, 1.0f, pool);
     return;
   }

@@ -16,6 +16,7 @@
 // the pool's threads.
 
 #include <expected>
+#include <optional>
 
 #include "core/affine.hpp"
 #include "core/layer_style.hpp"
@@ -33,6 +34,13 @@ namespace orvane::render {
 void drawLayer(Canvas& destination, const PixelRect& destRect, const Image& source,
                const core::Affine2D& placement, double opacity, core::OVBlendMode mode,
                WorkerPool& pool = WorkerPool::shared());
+
+// The one colour that drawLayer leaves on every pixel of rect whatever lay
+// there before: source is one opaque colour drawn source-over at full
+// opacity and its placed extent covers rect. None otherwise. Everything
+// drawn beneath such a layer is hidden.
+std::optional<Rgba> coveringColour(const Image& source, const core::Affine2D& placement, double opacity,
+                                   core::OVBlendMode mode, const PixelRect& rect);
 
 // The pixels where source through placement may be non-zero: the bounding
 // box of the mapped extent, widened by the reach of the sampling. Infinite

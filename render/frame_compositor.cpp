@@ -192,9 +192,20 @@ std::expected<void, ImageError> composeBandsInto(const RenderPlan& plan, const O
                                                  Rgba8Format format) {
   const PixelSize size = plan.renderSize();
   if (!rgba8Fits(out.size(), size.width, size.height, bytesPerRow)) return std::unexpected(ImageError::bufferTooSmall);
-  const std::vector<DrawStep> steps = drawSteps(plan, t, frames);
+  std::vector<DrawStep> steps = drawSteps(plan, t, frames);
   const Composition& composition = plan.composition;
-  const Rgba background = composition.isTransparent ? Rgba{} : premultiplied(composition.backgroundColor);
+  Rgba background = composition.isTransparent ? Rgba{} : premultiplied(composition.backgroundColor);
+  // Beneath a layer that covers the frame in one opaque colour (a backdrop
+  // solid) nothing shows: the bands start from its colour instead.
+  const PixelRect frame{0, 0, size.width, size.height};
+  for (std::size_t i = steps.size(); i-- > 0;) {
+    const DrawStep& step = steps[i];
+    if (const auto colour = coveringColour(step.image, step.placement, step.opacity, step.mode, frame)) {
+      background = *colour;
+      steps.erase(steps.begin(), steps.begin() + static_cast<std::ptrdiff_t>(i) + 1);
+      break;
+    }
+  }
   std::atomic<bool> failed{false};
   WorkerPool& pool = WorkerPool::shared();
   pool.forEachBand(0, size.height, std::int64_t{size.width} * static_cast<std::int64_t>(steps.size() + 2),
