@@ -397,7 +397,9 @@ TEST(FrameCompositorBandsTest, BandedOutputEqualsThePicturePath) {
   shrunk.blendMode = core::OVBlendMode::screen;
   Layer added = f.layer(18, 9, {0.2f, 0.1f, 0, 0.5f});
   added.blendMode = core::OVBlendMode::add;
-  f.plan.composition.layers = {added, shrunk, turned, backdrop};
+  // Beneath the backdrop, hidden in both paths.
+  const Layer hidden = f.layer(64, 70, kRed);
+  f.plan.composition.layers = {added, shrunk, turned, backdrop, hidden};
 
   const Rgba8Format format{AlphaForm::straight, ChannelOrder::bgra};
   std::vector<std::uint8_t> banded(64 * 70 * 4);
@@ -405,6 +407,9 @@ TEST(FrameCompositorBandsTest, BandedOutputEqualsThePicturePath) {
   const auto whole = toRgba8(FrameCompositor::composeFrame(f.plan, secs(1), f.frames), {0, 0, 64, 70}, format);
   ASSERT_TRUE(whole);
   EXPECT_EQ(banded, *whole);
+  // A corner only the backdrop reaches shows the backdrop (BGRA).
+  EXPECT_EQ(banded[0], toByte(0.3f));
+  EXPECT_EQ(banded[2], toByte(0.1f));
 }
 
 }  // namespace
