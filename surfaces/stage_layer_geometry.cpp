@@ -1,0 +1,48 @@
+#include "surfaces/stage_layer_geometry.hpp"
+
+namespace orvane::surfaces {
+
+core::Affine2D stagePlacement(const core::Layer& layer, const core::Composition& composition, const core::OVTime& t,
+                              const core::OVSize& layerSize) {
+  core::Affine2D m = layer.transform.affineTransformAt(t, layerSize);
+  if (layer.parentLayerID) {
+    for (const core::Layer* parent : composition.parentChainFor(layer.id)) {
+      m = core::Affine2D::concatenating(m, parent->transform.pivotTransformAt(t));
+    }
+  }
+  return m;
+}
+
+std::optional<SmartGuides::Box> layerBox(const core::Layer& layer, const core::Composition& composition,
+                                         const core::OVProject& project, const core::OVTime& t,
+                                         const core::TextMeasure& measure) {
+  const auto size = core::LayerBounds::sizeOf(layer, project, measure);
+  if (!size) return std::nullopt;
+  return SmartGuides::Box::from(core::mappedBounds(*size, stagePlacement(layer, composition, t, *size)));
+}
+
+std::vector<SmartGuides::Box> guideBoxes(const core::Composition& composition, const core::OVProject& project,
+                                         const core::OVTime& t, const core::Uuid& dragging,
+                                         const core::TextMeasure& measure) {
+  std::vector<SmartGuides::Box> boxes;
+  for (const core::Layer& layer : composition.layers) {
+    if (layer.id == dragging || !layer.isVisual() || !layer.isActiveAt(t)) continue;
+    if (const auto box = layerBox(layer, composition, project, t, measure)) boxes.push_back(*box);
+  }
+  return boxes;
+}
+
+std::optional<core::Uuid> layerAt(const core::OVPoint& viewPoint, const core::Composition& composition,
+                                  const core::OVProject& project, const core::OVTime& t,
+                                  const ViewerGeometry& geometry, const core::TextMeasure& measure) {
+  for (const core::Layer& layer : composition.layers) {
+    if (!layer.isVisual() || !layer.isActiveAt(t) || layer.isLocked) continue;
+    const auto size = core::LayerBounds::sizeOf(layer, project, measure);
+    if (!size) continue;
+    const auto quad = geometry.corners(*size, stagePlacement(layer, composition, t, *size));
+    if (pointInConvexQuad(viewPoint, quad)) return layer.id;
+  }
+  return std::nullopt;
+}
+
+}  // namespace orvane::surfaces
