@@ -99,19 +99,27 @@ std::vector<core::Keyframe> makeKeyframes(const std::vector<BehaviorKey>& keys, 
   return keyframes;
 }
 
-AnimatedProperty& property(const BehaviorChannel& channel, Layer& layer) {
+namespace {
+
+// One switch for both constnesses of the layer.
+template <class L>
+auto& channelProperty(const BehaviorChannel& channel, L& layer) {
   switch (channel.kind) {
     case BehaviorChannel::Kind::transform: return layer.transform[channel.transformChannel];
     case BehaviorChannel::Kind::crop: return layer.crop[channel.cropEdge];
     case BehaviorChannel::Kind::audioVolume: return layer.audio.volume;
     case BehaviorChannel::Kind::audioPan: return layer.audio.pan;
-    case BehaviorChannel::Kind::textReveal: return layer.textReveal;
+    case BehaviorChannel::Kind::textReveal: break;
   }
   return layer.textReveal;
 }
 
+}  // namespace
+
+AnimatedProperty& property(const BehaviorChannel& channel, Layer& layer) { return channelProperty(channel, layer); }
+
 const AnimatedProperty& property(const BehaviorChannel& channel, const Layer& layer) {
-  return property(channel, const_cast<Layer&>(layer));
+  return channelProperty(channel, layer);
 }
 
 // ------------------------------------------------------------------ stamping
