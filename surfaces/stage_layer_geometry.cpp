@@ -32,15 +32,23 @@ std::vector<SmartGuides::Box> guideBoxes(const core::Composition& composition, c
   return boxes;
 }
 
+std::optional<std::array<core::OVPoint, 4>> layerCorners(const core::Layer& layer,
+                                                         const core::Composition& composition,
+                                                         const core::OVProject& project, const core::OVTime& t,
+                                                         const ViewerGeometry& geometry,
+                                                         const core::TextMeasure& measure) {
+  const auto size = core::LayerBounds::sizeOf(layer, project, measure);
+  if (!size) return std::nullopt;
+  return geometry.corners(*size, stagePlacement(layer, composition, t, *size));
+}
+
 std::optional<core::Uuid> layerAt(const core::OVPoint& viewPoint, const core::Composition& composition,
                                   const core::OVProject& project, const core::OVTime& t,
                                   const ViewerGeometry& geometry, const core::TextMeasure& measure) {
   for (const core::Layer& layer : composition.layers) {
     if (!layer.isVisual() || !layer.isActiveAt(t) || layer.isLocked) continue;
-    const auto size = core::LayerBounds::sizeOf(layer, project, measure);
-    if (!size) continue;
-    const auto quad = geometry.corners(*size, stagePlacement(layer, composition, t, *size));
-    if (pointInConvexQuad(viewPoint, quad)) return layer.id;
+    const auto quad = layerCorners(layer, composition, project, t, geometry, measure);
+    if (quad && pointInConvexQuad(viewPoint, *quad)) return layer.id;
   }
   return std::nullopt;
 }

@@ -39,6 +39,15 @@ std::vector<SmartGuides::Box> guideBoxes(const core::Composition& composition, c
                                          const core::OVTime& t, const core::Uuid& dragging,
                                          const core::TextMeasure& measure);
 
+// The layer's placed corners at t in view points (lower left, lower right,
+// upper right, upper left of the layer), where the overlay draws its
+// handles; none for a layer without a natural size.
+std::optional<std::array<core::OVPoint, 4>> layerCorners(const core::Layer& layer,
+                                                         const core::Composition& composition,
+                                                         const core::OVProject& project, const core::OVTime& t,
+                                                         const ViewerGeometry& geometry,
+                                                         const core::TextMeasure& measure);
+
 // The topmost layer whose placed quad holds viewPoint. Layers that are not
 // visual, disabled, locked or outside their time range are passed over, so a
 // click goes through a locked layer to what lies beneath.

@@ -22,11 +22,12 @@ constexpr OVPoint kOnTitle{480, 140};
 constexpr OVPoint kOffCanvas{-20, -20};
 
 struct StageClickTest : StageFixture {
-  void changeTop(const std::function<void(Layer&)>& change) {
+  void change(const Uuid& id, const std::function<void(Layer&)>& body) {
     doc.performWithoutUndo([&](OVProject& p) {
-      p.updateActiveComposition([&](Composition& c) { c.update(top.id, change); });
+      p.updateActiveComposition([&](Composition& c) { c.update(id, body); });
     });
   }
+  void changeTop(const std::function<void(Layer&)>& body) { change(top.id, body); }
   // A full-canvas solid beneath everything.
   Uuid addBackdrop() {
     const Layer backdrop = solidAt("Backdrop", {1920, 1080}, {960, 540});
@@ -87,6 +88,19 @@ TEST_F(StageClickTest, TheHitFollowsARotatedLayersOutline) {
   }
   EXPECT_EQ(layerAt(nearCorner, *doc.activeComposition(), doc.project(), playhead, view(), fixedTextSize),
             std::nullopt);
+}
+
+TEST_F(StageClickTest, AChildIsHitWhereItsParentPutsIt) {
+  // Parented to the top layer, the right solid's position is an offset
+  // from the top layer's: its centre lands at (800, 300).
+  change(right.id, [&](Layer& l) {
+    l.parentLayerID = top.id;
+    l.transform.position = AnimatedProperty::point(300, 0);
+  });
+  click(view().viewPoint({800, 300}));
+  EXPECT_EQ(editor.selectedLayerIDs(), ids({right.id}));
+  click(kOnRight);
+  EXPECT_TRUE(editor.selectedLayerIDs().empty());
 }
 
 TEST_F(StageClickTest, BareStageEndsTheModalEdits) {
