@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "surfaces/viewer_geometry.hpp"
+
 namespace orvane::surfaces {
 
 using core::Composition;
@@ -310,10 +312,7 @@ void EditorState::zoomViewerBy(double factor, std::optional<double> aroundFitSca
 }
 
 void EditorState::fitViewerTo(const core::OVSize& viewSize, const core::OVSize& compositionSize) {
-  // The stage's fit rule: the whole composition inside the view.
-  const double fit = std::min(viewSize.width / compositionSize.width, viewSize.height / compositionSize.height);
-  if (!std::isfinite(fit) || fit <= 0) return;
-  assign(viewerZoom_, clampViewerZoom(fit), EditorField::viewerZoom);
+  assign(viewerZoom_, clampViewerZoom(ViewerGeometry::fitScale(viewSize, compositionSize)), EditorField::viewerZoom);
   assign(isViewerZoomAutomatic_, true, EditorField::isViewerZoomAutomatic);
 }
 

@@ -295,8 +295,10 @@ TEST(EditorStateZoomTest, FitViewerTakesTheTighterSideAndBecomesAutomatic) {
   s.fitViewerTo({960, 1080}, {1920, 1080});
   EXPECT_DOUBLE_EQ(s.viewerZoom(), 0.5);
   EXPECT_TRUE(s.isViewerZoomAutomatic());
-  s.fitViewerTo({100, 100}, {0, 0});  // nothing to fit: left alone
-  EXPECT_DOUBLE_EQ(s.viewerZoom(), 0.5);
+  s.zoomViewerBy(2);
+  s.fitViewerTo({100, 100}, {0, 0});  // nothing to fit: the stage's fallback scale
+  EXPECT_DOUBLE_EQ(s.viewerZoom(), 1);
+  EXPECT_TRUE(s.isViewerZoomAutomatic());
   s.fitViewerTo({1, 1}, {100000, 100000});
   EXPECT_DOUBLE_EQ(s.viewerZoom(), 0.05);
 }
