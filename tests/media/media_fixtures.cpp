@@ -16,6 +16,7 @@ extern "C" {
 #include <QPdfWriter>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <memory>
 
@@ -315,6 +316,26 @@ std::string writePdf(const std::filesystem::path& path, double widthPoints, doub
   if (!painter.isActive()) return "cannot write " + path.string();
   painter.fillRect(QRectF(0, 0, 100, 100), Qt::red);
   painter.end();
+  return {};
+}
+
+std::string writeSubtitlesOnly(const std::filesystem::path& path) {
+  Output out;
+  if (auto failed = openOutput(out, path); !failed.empty()) return failed;
+  AVStream* stream = avformat_new_stream(out.format, nullptr);
+  stream->codecpar->codec_type = AVMEDIA_TYPE_SUBTITLE;
+  stream->codecpar->codec_id = AV_CODEC_ID_SUBRIP;
+  stream->time_base = {1, 1000};
+  if (auto failed = startWriting(out, path); !failed.empty()) return failed;
+  Packet packet(av_packet_alloc());
+  static const char text[] = "Hello";
+  if (av_new_packet(packet.get(), sizeof text - 1) < 0) return "no memory";
+  std::memcpy(packet->data, text, sizeof text - 1);
+  packet->pts = packet->dts = 0;
+  packet->duration = 1000;
+  packet->stream_index = stream->index;
+  if (av_interleaved_write_frame(out.format, packet.get()) < 0) return "packet refused";
+  if (av_write_trailer(out.format) < 0) return "trailer refused";
   return {};
 }
 

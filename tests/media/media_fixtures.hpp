@@ -93,6 +93,8 @@ std::string writeJpegWithOrientation(const std::filesystem::path& path, int widt
 std::string writeSvg(const std::filesystem::path& path, double width, double height);
 // A one-page PDF of width × height points.
 std::string writePdf(const std::filesystem::path& path, double widthPoints, double heightPoints);
+// A Matroska file with one subtitle stream and nothing else.
+std::string writeSubtitlesOnly(const std::filesystem::path& path);
 // A file holding bytes as given.
 std::string writeBytes(const std::filesystem::path& path, const std::string& bytes);
 
