@@ -1,0 +1,158 @@
+#include "media/thumbnail_service.hpp"
+
+#include <QImageReader>
+#include <QString>
+#include <QTransform>
+#include <algorithm>
+#include <cmath>
+
+#include "document/media_access.hpp"
+#include "media/video_decoder.hpp"
+
+namespace orvane::media {
+
+// ------------------------------------------------------------ SerialWorker
+
+SerialWorker::~SerialWorker() {
+  {
+    std::lock_guard guard(lock_);
+    stopping_ = true;
+    jobs_.clear();
+  }
+  wake_.notify_all();
+  if (thread_.joinable()) thread_.join();
+}
+
+void SerialWorker::post(std::function<void()> job) {
+  {
+    std::lock_guard guard(lock_);
+    if (stopping_) return;
+    jobs_.push_back(std::move(job));
+    if (!thread_.joinable()) thread_ = std::thread([this] { run(); });
+  }
+  wake_.notify_one();
+}
+
+void SerialWorker::run() {
+  for (;;) {
+    std::function<void()> job;
+    {
+      std::unique_lock guard(lock_);
+      wake_.wait(guard, [&] { return stopping_ || !jobs_.empty(); });
+      if (stopping_) return;
+      job = std::move(jobs_.front());
+      jobs_.pop_front();
+    }
+    job();
+  }
+}
+
+// ------------------------------------------------------------ picture making
+
+std::optional<QImage> makeVideoFrameImage(const std::filesystem::path& path, const core::OVTime& at,
+                                          int maxDimension) {
+  auto decoder = VideoDecoder::open(path);
+  if (!decoder) return std::nullopt;
+  return videoFrameImage(**decoder, at, maxDimension);
+}
+
+std::optional<QImage> videoFrameImage(VideoDecoder& decoder, const core::OVTime& at, int maxDimension) {
+  auto frame = decoder.bgraFrameAt(at, maxDimension, maxDimension);
+  if (!frame || frame->width < 1 || frame->height < 1 ||
+      frame->pixels.size() < static_cast<std::size_t>(frame->width) * static_cast<std::size_t>(frame->height) * 4) {
+    return std::nullopt;
+  }
+  // BGRA bytes in memory are ARGB32 words on this little-endian machine.
+  QImage image = QImage(frame->pixels.data(), frame->width, frame->height, frame->width * 4, QImage::Format_ARGB32)
+                     .copy();
+  if (image.isNull()) return std::nullopt;
+
+  // The file's display transform works in the engine's y-up space; in the
+  // bitmap's y-down rows the same turn runs the other way round.
+  const core::Affine2D& t = decoder.geometry().preferredTransform;
+  if (t.a != 1 || t.b != 0 || t.c != 0 || t.d != 1) {
+    const QTransform turn(t.a, -t.b, -t.c, t.d, 0, 0);
+    if (turn.isInvertible()) image = image.transformed(turn, Qt::SmoothTransformation);
+  }
+  if (image.width() > maxDimension || image.height() > maxDimension) {
+    image = image.scaled(maxDimension, maxDimension, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+  }
+  return image;
+}
+
+std::optional<QImage> makeStillThumbnail(const std::filesystem::path& path, int maxDimension) {
+  QImageReader reader(QString::fromStdString(path.string()));
+  reader.setAutoTransform(true);
+  const QSize size = reader.size();
+  if (size.isValid() && (size.width() > maxDimension || size.height() > maxDimension)) {
+    reader.setScaledSize(size.scaled(maxDimension, maxDimension, Qt::KeepAspectRatio).expandedTo(QSize(1, 1)));
+  }
+  QImage image = reader.read();
+  if (image.isNull()) return std::nullopt;
+  if (image.width() > maxDimension || image.height() > maxDimension) {
+    image = image.scaled(maxDimension, maxDimension, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+  }
+  return image;
+}
+
+// ------------------------------------------------------------ ThumbnailService
+
+std::optional<QImage> ThumbnailService::defaultPosterMaker(const core::MediaAsset& asset,
+                                                           const std::filesystem::path& file) {
+  switch (asset.kind) {
+    case core::MediaKind::image:
+      return makeStillThumbnail(file, maxDimension);
+    case core::MediaKind::video: {
+      const double tenth = asset.duration.seconds() / 10;
+      const double at = std::isfinite(tenth) ? std::clamp(tenth, 0.0, 1.0) : 0.0;
+      return makeVideoFrameImage(file, core::OVTime::fromSeconds(at), maxDimension);
+    }
+    case core::MediaKind::audio:
+      break;
+  }
+  return std::nullopt;
+}
+
+ThumbnailService::ThumbnailService(MainThreadPost post, PosterMaker maker)
+    : post_(std::move(post)), maker_(std::move(maker)), state_(std::make_shared<State>()) {}
+
+ThumbnailService::~ThumbnailService() = default;
+
+void ThumbnailService::request(const core::MediaAsset& asset) {
+  if (asset.kind == core::MediaKind::audio) return;
+  if (state_->thumbnails.contains(asset.id) || state_->inFlight.contains(asset.id)) return;
+  state_->inFlight.insert(asset.id);
+  const auto file = document::MediaAccessManager::shared().restoreAccessFor(asset);
+  if (!file) {
+    state_->inFlight.erase(asset.id);
+    return;
+  }
+  worker_.post([asset, file = *file, maker = maker_, post = post_, weak = std::weak_ptr<State>(state_)] {
+    std::optional<QImage> image = maker(asset, file);
+    post([weak, id = asset.id, image = std::move(image)] {
+      const auto state = weak.lock();
+      if (!state) return;
+      state->inFlight.erase(id);
+      if (!image) return;
+      state->thumbnails[id] = *image;
+      state->observers.notify(id);
+    });
+  });
+}
+
+const std::unordered_map<core::Uuid, QImage>& ThumbnailService::thumbnails() const { return state_->thumbnails; }
+
+const QImage* ThumbnailService::thumbnail(const core::Uuid& assetID) const {
+  const auto it = state_->thumbnails.find(assetID);
+  return it == state_->thumbnails.end() ? nullptr : &it->second;
+}
+
+bool ThumbnailService::isInFlight(const core::Uuid& assetID) const { return state_->inFlight.contains(assetID); }
+
+int ThumbnailService::addObserver(std::function<void(const core::Uuid&)> observer) {
+  return state_->observers.add(std::move(observer));
+}
+
+void ThumbnailService::removeObserver(int token) { state_->observers.remove(token); }
+
+}  // namespace orvane::media

@@ -1,0 +1,132 @@
+#pragma once
+// Poster images of the project's media for the media browser, one per asset
+// at most maxDimension on a side: a still image scaled down with its EXIF
+// orientation applied, a video's frame at the smaller of one second and a
+// tenth of its length, upright. Audio has no poster.
+//
+// The service is shared by the windows and lives on the main thread:
+// request, thumbnails and inFlight are touched there only. The pictures are
+// made on one background thread; each result comes back through the
+// MainThreadPost given at construction, which must run its closure on the
+// main thread (the application posts to the Qt event loop; tests queue and
+// drain). Observers hear of every asset whose poster arrived.
+//
+// SerialWorker is the background thread behind this service and its
+// siblings (clip frames, waveforms): one thread, jobs in order.
+
+#include <QImage>
+#include <condition_variable>
+#include <deque>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <thread>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+#include "core/media_asset.hpp"
+#include "core/ov_time.hpp"
+#include "core/uuid.hpp"
+
+namespace orvane::media {
+
+// Runs a closure on the main thread, later.
+using MainThreadPost = std::function<void(std::function<void()>)>;
+
+// One thread that runs posted jobs in order, started by the first post.
+// The destructor drops the jobs that have not started and waits for the
+// running one. Any thread may post.
+class SerialWorker {
+ public:
+  SerialWorker() = default;
+  ~SerialWorker();
+  SerialWorker(const SerialWorker&) = delete;
+  SerialWorker& operator=(const SerialWorker&) = delete;
+
+  void post(std::function<void()> job);
+
+ private:
+  void run();
+
+  std::mutex lock_;
+  std::condition_variable wake_;
+  std::deque<std::function<void()>> jobs_;  // guarded by lock_
+  bool stopping_ = false;                   // guarded by lock_
+  std::thread thread_;                      // started under lock_
+};
+
+// Observers of a service's published map, by token; main thread only.
+template <class Key>
+class ChangeObservers {
+ public:
+  int add(std::function<void(const Key&)> observer) {
+    observers_.emplace_back(++last_, std::move(observer));
+    return last_;
+  }
+  void remove(int token) { std::erase_if(observers_, [&](const auto& o) { return o.first == token; }); }
+  void notify(const Key& key) const {
+    const auto copy = observers_;  // an observer may remove itself
+    for (const auto& o : copy) o.second(key);
+  }
+
+ private:
+  int last_ = 0;
+  std::vector<std::pair<int, std::function<void(const Key&)>>> observers_;
+};
+
+class VideoDecoder;
+
+// The decoder's frame at the given time, upright, fitted into maxDimension ×
+// maxDimension; none when it can't be decoded. The decoder's thread.
+std::optional<QImage> videoFrameImage(VideoDecoder& decoder, const core::OVTime& at, int maxDimension);
+// The same from the video at path, opened for this one frame. Any thread.
+std::optional<QImage> makeVideoFrameImage(const std::filesystem::path& path, const core::OVTime& at,
+                                          int maxDimension);
+// The still image at path fitted into maxDimension × maxDimension, EXIF
+// orientation applied; none when it can't be read. Any thread.
+std::optional<QImage> makeStillThumbnail(const std::filesystem::path& path, int maxDimension);
+
+class ThumbnailService {
+ public:
+  static constexpr int maxDimension = 240;
+
+  // Makes a poster for an asset of the kind, from the readable file; none
+  // when it fails. Runs on the service's thread.
+  using PosterMaker = std::function<std::optional<QImage>(const core::MediaAsset& asset,
+                                                         const std::filesystem::path& file)>;
+
+  explicit ThumbnailService(MainThreadPost post, PosterMaker maker = defaultPosterMaker);
+  ~ThumbnailService();
+
+  // Asks for the asset's poster; it appears in thumbnails() later. Nothing
+  // for audio, for a poster already there or on its way, or an unreadable file.
+  void request(const core::MediaAsset& asset);
+
+  const std::unordered_map<core::Uuid, QImage>& thumbnails() const;
+  const QImage* thumbnail(const core::Uuid& assetID) const;
+  bool isInFlight(const core::Uuid& assetID) const;
+
+  int addObserver(std::function<void(const core::Uuid&)> observer);
+  void removeObserver(int token);
+
+  // Still images scaled, videos at min(1 s, duration / 10), audio none.
+  static std::optional<QImage> defaultPosterMaker(const core::MediaAsset& asset, const std::filesystem::path& file);
+
+ private:
+  struct State {
+    std::unordered_map<core::Uuid, QImage> thumbnails;
+    std::unordered_set<core::Uuid> inFlight;
+    ChangeObservers<core::Uuid> observers;
+  };
+
+  MainThreadPost post_;
+  PosterMaker maker_;
+  std::shared_ptr<State> state_;  // main thread; posted results hold it weakly
+  SerialWorker worker_;
+};
+
+}  // namespace orvane::media
