@@ -233,6 +233,8 @@ void EditorState::pruneSelectionAgainst(const Composition* composition) {
 // --- Modal edits ---
 
 void EditorState::beginCropping(const Uuid& layerID) {
+  // Cropping and typing on the stage exclude each other, whichever starts second.
+  assign(editingTextLayerID_, {}, EditorField::editingTextLayerID);
   assign(croppingLayerID_, std::optional<Uuid>(layerID), EditorField::croppingLayerID);
   assign(selectedMaskID_, {}, EditorField::selectedMaskID);
   assign(selectedMaskVertexIndex_, {}, EditorField::selectedMaskVertexIndex);

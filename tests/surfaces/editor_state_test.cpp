@@ -186,6 +186,8 @@ TEST(EditorStateModalTest, CroppingAndTextEditingExcludeEachOther) {
   s.endCropping();  // no crop runs: no message
   EXPECT_EQ(s.statusMessage(), "Type on the stage — Esc or click away to finish.");
   s.beginCropping(a);
+  EXPECT_FALSE(s.isEditingText()) << "starting a crop ends the text editing";
+  EXPECT_EQ(s.croppingLayerID(), a);
   s.endCropping();
   EXPECT_FALSE(s.isCropping());
   EXPECT_EQ(s.statusMessage(), "Crop applied.");
