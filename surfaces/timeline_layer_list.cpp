@@ -54,6 +54,37 @@ void updateLayerReorder(LayerReorderState& state, double translation, double row
   state.toIndex = static_cast<long>(std::clamp(wanted, 0.0, static_cast<double>(last)));
 }
 
+void updateLayerReorder(LayerReorderState& state, double translation, std::span<const double> layerHeights,
+                        const Composition& composition) {
+  if (!std::isfinite(translation) || layerHeights.size() != composition.layers.size()) return;
+  state.translation = translation;
+  // The rows the block travels over: the list without the block.
+  std::vector<double> others;
+  for (std::size_t i = 0; i < composition.layers.size(); ++i) {
+    if (!state.isDragging(composition.layers[i].id)) others.push_back(std::max(layerHeights[i], 0.0));
+  }
+  const long last = static_cast<long>(others.size());
+  long index = std::clamp(state.fromIndex, 0L, last);
+  double left = std::abs(translation);
+  if (translation > 0) {
+    while (index < last && left >= others[index] * 0.5) left -= others[index++];
+  } else {
+    while (index > 0 && left >= others[index - 1] * 0.5) left -= others[--index];
+  }
+  state.toIndex = index;
+}
+
+std::vector<double> layerRowHeights(const Composition& composition, const EditorState& editor,
+                                    std::size_t propertyRowCount) {
+  const double expanded = static_cast<double>(propertyRowCount) * TimelineLayout::propertyRowHeight;
+  std::vector<double> heights;
+  heights.reserve(composition.layers.size());
+  for (const core::Layer& layer : composition.layers) {
+    heights.push_back(editor.timelineRowHeight() + (editor.expandedPropertyRows().contains(layer.id) ? expanded : 0));
+  }
+  return heights;
+}
+
 bool endLayerReorder(document::ProjectDocument& document, const LayerReorderState& state,
                      document::UndoStack* undoManager) {
   if (state.toIndex == state.fromIndex || state.layerIDs.empty()) return false;

@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "core/composition.hpp"
@@ -52,6 +53,17 @@ std::optional<LayerReorderState> beginLayerReorder(const core::Composition& comp
 // limited to the list.
 void updateLayerReorder(LayerReorderState& state, double translation, double rowHeight,
                         const core::Composition& composition);
+// The same over rows of their own heights: layerHeights[i] is everything
+// the list draws for layers[i], its expanded property rows included. The
+// block passes a row once it has travelled over half of it, so an expanded
+// layer counts as one place however tall it is. Heights that do not match
+// the layers leave the state alone.
+void updateLayerReorder(LayerReorderState& state, double translation, std::span<const double> layerHeights,
+                        const core::Composition& composition);
+// The whole height of each layer in the list at the window's row height,
+// with propertyRowCount property rows under each expanded layer.
+std::vector<double> layerRowHeights(const core::Composition& composition, const EditorState& editor,
+                                    std::size_t propertyRowCount);
 // The drop: moves the block once, when it lands elsewhere. Returns whether
 // the project changed.
 bool endLayerReorder(document::ProjectDocument& document, const LayerReorderState& state,

@@ -81,5 +81,29 @@ TEST_F(TimelineReorderTest, DropSlotSitsAboveTheRowThatWillFollow) {
   EXPECT_EQ((TimelineDropSlot{*state, kRow}.offsetIn(comp())), 5 * kRow) << "below the last row";
 }
 
+TEST_F(TimelineReorderTest, AnExpandedLayerCountsAsOneRowHoweverTall) {
+  // L1 shows four property rows: 34 + 4 * 22 = 122 points.
+  editor.expandPropertyRowsFor(ids[1]);
+  const std::vector<double> heights = layerRowHeights(comp(), editor, 4);
+  ASSERT_EQ(heights, (std::vector<double>{kRow, 122, kRow, kRow, kRow}));
+
+  auto state = beginLayerReorder(comp(), editor, ids[0]);
+  updateLayerReorder(*state, 80, heights, comp());
+  EXPECT_EQ(state->toIndex, 1) << "past half of L1, not yet half of L2";
+  updateLayerReorder(*state, 122 + 17, heights, comp());
+  EXPECT_EQ(state->toIndex, 2);
+  updateLayerReorder(*state, 1e6, heights, comp());
+  EXPECT_EQ(state->toIndex, 4);
+
+  auto up = beginLayerReorder(comp(), editor, ids[3]);
+  updateLayerReorder(*up, -(kRow + 60), heights, comp());
+  EXPECT_EQ(up->toIndex, 2) << "above L2, not yet over half of L1";
+  updateLayerReorder(*up, -(kRow + 61), heights, comp());
+  EXPECT_EQ(up->toIndex, 1) << "over half of L1";
+
+  updateLayerReorder(*up, 50, std::vector<double>{kRow}, comp());
+  EXPECT_EQ(up->toIndex, 1) << "heights that do not fit the list change nothing";
+}
+
 }  // namespace
 }  // namespace orvane::surfaces
