@@ -1,8 +1,11 @@
 // `orvane frame PROJECT --time SECONDS [--composition NAME] [--scale S] -o
 // FRAME.png`: renders one moment of a composition to an 8-bit PNG, with
 // alpha when the composition is transparent. Works without a display: text
-// is laid out on the offscreen platform. The PNG replaces any file at the
-// output path whole or not at all.
+// is laid out on the offscreen platform. A composition with footage, at any
+// level of nesting, is assembled and read through the media engine, so the
+// frame is the one playback and export show at that time; missing footage
+// fails with the engine's sentence. The PNG replaces any file at the output
+// path whole or not at all.
 
 #include <QImage>
 #include <QSaveFile>
@@ -16,6 +19,8 @@
 #include "cli/project_input.hpp"
 #include "document/media_access.hpp"
 #include "document/packaged_media.hpp"
+#include "media/composition_assembler.hpp"
+#include "media/composition_reader.hpp"
 #include "render/frame_compositor.hpp"
 #include "render/gui_runtime.hpp"
 #include "render/render_plan.hpp"
@@ -75,6 +80,26 @@ void writePng(const render::Image& picture, render::PixelSize size, bool withAlp
   }
 }
 
+// Whether a video layer is drawn anywhere that nesting reaches.
+bool reachesFootage(const render::RenderPlan& plan) {
+  for (const auto& [id, composition] : plan.compositionsByID) {
+    for (const core::Layer& layer : composition.layers) {
+      if (layer.isEnabled && layer.kind() == core::LayerKind::video) return true;
+    }
+  }
+  return false;
+}
+
+render::Image footageFrame(const core::Composition& composition, const core::OVProject& project, double scale,
+                           const core::OVTime& t) {
+  auto assembled = media::CompositionAssembler{}.assemble(composition, project, scale);
+  if (!assembled) throw CommandFailure(assembled.error().message());
+  media::CompositionReader reader(std::move(*assembled));
+  auto picture = reader.videoFrameAt(t);
+  if (!picture) throw CommandFailure(picture.error().message());
+  return std::move(*picture);
+}
+
 void renderFrame(const FrameOptions& options) {
   checkOptions(options);
   const core::OVProject project = withResolvedMedia(readProjectOrFail(options.project), options.project);
@@ -86,7 +111,8 @@ void renderFrame(const FrameOptions& options) {
   if (!plan) throw CommandFailure("The project has no composition to render.");
   if (!render::ensureGuiRuntime()) throw CommandFailure("Text cannot be laid out in this process.");
   const core::OVTime t = composition.frameRate.snapped(core::OVTime::fromSeconds(options.seconds));
-  const render::Image picture = render::FrameCompositor::composeFrame(*plan, t, {});
+  const render::Image picture = reachesFootage(*plan) ? footageFrame(composition, project, options.scale, t)
+                                                     : render::FrameCompositor::composeFrame(*plan, t, {});
   writePng(picture, plan->renderSize(), composition.isTransparent, options.output);
 }
 
