@@ -60,8 +60,10 @@ std::string audioValues(const core::AudioProperties& audio) {
 
 std::string layerEntry(const core::Layer& layer, const core::OVProject& project) {
   std::string text = std::string(core::rawValue(layer.kind())) + ',' + flags(layer);
-  text += ',' + std::to_string(hashValue(layer.audio.volume)) + ',' + seconds(layer.fadeIn) + ',' +
-          seconds(layer.fadeOut);
+  // The pan is applied by the mix from the assembled parameters, so it is
+  // structural here just as the volume is.
+  text += ',' + std::to_string(hashValue(layer.audio.volume)) + ',' + std::to_string(hashValue(layer.audio.pan)) +
+          ',' + seconds(layer.fadeIn) + ',' + seconds(layer.fadeOut);
   text += ',' + audioValues(layer.audio);
   if (layer.affectsCompositionStructure()) text += ',' + timing(layer, project, ',');
   if (const auto nestedID = layer.content.compositionID()) {

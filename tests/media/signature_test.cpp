@@ -64,6 +64,8 @@ TEST_F(SignatureTest, StructuralChangesChangeIt) {
   main.update(video.id, [](core::Layer& l) { l.audio.isMuted = false; });
   EXPECT_NE(after(video.id, [](core::Layer& l) { l.audio.volume = core::AnimatedProperty::double_(80); }), before);
   main.update(video.id, [](core::Layer& l) { l.audio.volume = core::AnimatedProperty::double_(100); });
+  EXPECT_NE(after(video.id, [](core::Layer& l) { l.audio.pan = core::AnimatedProperty::double_(-30); }), before);
+  main.update(video.id, [](core::Layer& l) { l.audio.pan = core::AnimatedProperty::double_(0); });
   EXPECT_NE(after(video.id, [](core::Layer& l) { l.fadeOut = secs(0.5); }), before);
   main.update(video.id, [](core::Layer& l) { l.fadeOut = secs(0); });
   EXPECT_NE(after(video.id, [](core::Layer& l) { l.audio.echoMix = 40; }), before);
