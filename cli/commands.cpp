@@ -8,6 +8,8 @@ void addCommands(CLI::App& app) {
   addFrameCommand(app);
   addResaveCommand(app);
   addPackageCommand(app);
+  addProbeCommand(app);
+  addImportCommand(app);
 }
 
 }  // namespace orvane::cli

@@ -40,5 +40,7 @@ void addInfoCommand(CLI::App& app);
 void addFrameCommand(CLI::App& app);
 void addResaveCommand(CLI::App& app);
 void addPackageCommand(CLI::App& app);
+void addProbeCommand(CLI::App& app);
+void addImportCommand(CLI::App& app);
 
 }  // namespace orvane::cli
