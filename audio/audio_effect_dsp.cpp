@@ -29,10 +29,15 @@ struct RingPoint {
   float frac;
 };
 
+// The position is in [0, ringFrames) once wrapped, so its integer part
+// needs no modulo.
 RingPoint ringPoint(double position, std::int64_t ringFrames) {
   const double p = wrapped(position, static_cast<double>(ringFrames));
-  const std::int64_t i = static_cast<std::int64_t>(p) % ringFrames;
-  return {i, (i + 1) % ringFrames, static_cast<float>(p - std::floor(p))};
+  // Not negative, so truncation is the floor (and needs no library call).
+  std::int64_t i = static_cast<std::int64_t>(p);
+  const auto frac = static_cast<float>(p - static_cast<double>(i));
+  if (i >= ringFrames) i -= ringFrames;
+  return {i, i + 1 == ringFrames ? 0 : i + 1, frac};
 }
 
 inline float lerpRing(const float* ring, const RingPoint& at, int channels, int channel) {
@@ -130,14 +135,71 @@ void AudioEffectDSP::process(float* buffer, int frameCount) {
     if (snapshot_.pitchMode == core::AudioPitchMode::linked) {
       processLinkedPitch(buffer, frameCount, ratio);
     } else {
-      processKeepDurationPitch(buffer, frameCount, ratio);
+      switch (channelCount_) {
+        case 1: processKeepDurationPitch<1>(buffer, frameCount, ratio); break;
+        case 2: processKeepDurationPitch<2>(buffer, frameCount, ratio); break;
+        default: processKeepDurationPitch<0>(buffer, frameCount, ratio); break;
+      }
     }
   }
-  processEchoAndReverb(buffer, frameCount);
+  switch (channelCount_) {
+    case 1: processEchoAndReverb<1>(buffer, frameCount); break;
+    case 2: processEchoAndReverb<2>(buffer, frameCount); break;
+    default: processEchoAndReverb<0>(buffer, frameCount); break;
+  }
 }
 
+namespace {
+
+// One comb or allpass of the reverb, held in locals for one block so that
+// the per-sample work stays in registers; written back at the block's end.
+struct ReverbLane {
+  float* buffer;
+  std::int64_t index;
+  std::int64_t frames;
+};
+
+// The comb's output; the input and its feedback go in. The index moves on
+// at every call.
+inline float comb(ReverbLane& lane, int channels, int channel, float sample, float decay) {
+  float& slot = lane.buffer[lane.index * channels + channel];
+  const float y = slot;
+  slot = sample + y * decay;
+  lane.index = lane.index + 1 == lane.frames ? 0 : lane.index + 1;
+  return y;
+}
+
+inline float allpass(ReverbLane& lane, int channels, int channel, float wet) {
+  float& slot = lane.buffer[lane.index * channels + channel];
+  const float y = slot;
+  slot = wet + y * 0.5f;
+  lane.index = lane.index + 1 == lane.frames ? 0 : lane.index + 1;
+  return y - wet;
+}
+
+// A Schroeder reverb: four parallel combs, then two allpasses in series.
+// The indices are shared by the channels and move at every call, so with
+// two channels the delays run at twice the frame rate and the channels
+// interleave in the buffers. That is the intended sound. Written out lane
+// by lane: as loops over arrays the lanes would live in memory.
+struct Reverb {
+  ReverbLane c0, c1, c2, c3, a0, a1;
+
+  float step(float sample, int channels, int channel, float decay) {
+    float sum = comb(c0, channels, channel, sample, decay);
+    sum += comb(c1, channels, channel, sample, decay);
+    sum += comb(c2, channels, channel, sample, decay);
+    sum += comb(c3, channels, channel, sample, decay);
+    const float wet = allpass(a0, channels, channel, sum / 4.0f);
+    return allpass(a1, channels, channel, wet);
+  }
+};
+
+}  // namespace
+
+template <int kChannels>
 void AudioEffectDSP::processEchoAndReverb(float* buffer, int frameCount) {
-  const int ch = channelCount_;
+  const int ch = kChannels > 0 ? kChannels : channelCount_;
   const auto echoMix = static_cast<float>(std::clamp(snapshot_.echoMix, 0.0, 1.0));
   const auto reverbMix = static_cast<float>(std::clamp(snapshot_.reverbMix, 0.0, 1.0));
   const std::int64_t echoFrames = static_cast<std::int64_t>(echoBuffer_.size()) / ch;
@@ -155,52 +217,45 @@ void AudioEffectDSP::processEchoAndReverb(float* buffer, int frameCount) {
   const auto feedback = static_cast<float>(snapshot_.echoFeedback);
   const auto decay = static_cast<float>(0.55 + 0.4 * snapshot_.reverbDecay);
   float* echo = echoBuffer_.data();
+  std::int64_t echoWrite = echoWrite_;
+  std::int64_t echoRead = echoOn ? (echoWrite + echoFrames - delayFrames) % echoFrames : 0;
+
+  const auto lane = [&](std::vector<float>& buffer, std::int64_t index, std::int64_t frames) {
+    return ReverbLane{buffer.data(), index, frames};
+  };
+  Reverb reverb{lane(combBuffers_[0], combIndices_[0], combFrames_[0]),
+                lane(combBuffers_[1], combIndices_[1], combFrames_[1]),
+                lane(combBuffers_[2], combIndices_[2], combFrames_[2]),
+                lane(combBuffers_[3], combIndices_[3], combFrames_[3]),
+                lane(allpassBuffers_[0], allpassIndices_[0], allpassFrames_[0]),
+                lane(allpassBuffers_[1], allpassIndices_[1], allpassFrames_[1])};
 
   for (int f = 0; f < frameCount; ++f) {
     float* frame = buffer + static_cast<std::ptrdiff_t>(f) * ch;
-    const std::int64_t readBase = echoOn ? ((echoWrite_ + echoFrames - delayFrames) % echoFrames) * ch : 0;
-    const std::int64_t writeBase = echoWrite_ * ch;
     for (int c = 0; c < ch; ++c) {
       float out = frame[c];
       if (echoOn) {
-        const float delayed = echo[readBase + c];
-        echo[writeBase + c] = out + delayed * feedback;
+        const float delayed = echo[echoRead * ch + c];
+        echo[echoWrite * ch + c] = out + delayed * feedback;
         out = out * echoDry + delayed * echoMix;
       }
       if (reverbOn) {
-        const float wet = processReverb(out, c, decay);
+        const float wet = reverb.step(out, ch, c, decay);
         out = out * reverbDry + wet * reverbMix;
       }
       frame[c] = out;
     }
-    if (echoOn) echoWrite_ = echoWrite_ + 1 == echoFrames ? 0 : echoWrite_ + 1;
+    // While the echo is off its buffer stands still.
+    if (echoOn) {
+      echoWrite = echoWrite + 1 == echoFrames ? 0 : echoWrite + 1;
+      echoRead = echoRead + 1 == echoFrames ? 0 : echoRead + 1;
+    }
   }
-}
 
-// The indices are shared by the channels and move at every call, so with
-// two channels the delays run at twice the frame rate and the channels
-// interleave in the buffers. That is the intended sound.
-float AudioEffectDSP::processReverb(float sample, int channel, float decay) {
-  const int ch = channelCount_;
-  float sum = 0;
-  for (int i = 0; i < 4; ++i) {
-    float& slot = combBuffers_[i][static_cast<std::size_t>(combIndices_[i] * ch + channel)];
-    const float y = slot;
-    slot = sample + y * decay;
-    sum += y;
-  }
-  for (int i = 0; i < 4; ++i) combIndices_[i] = combIndices_[i] + 1 == combFrames_[i] ? 0 : combIndices_[i] + 1;
-
-  float wet = sum / 4.0f;
-  for (int i = 0; i < 2; ++i) {
-    float& slot = allpassBuffers_[i][static_cast<std::size_t>(allpassIndices_[i] * ch + channel)];
-    const float y = slot;
-    const float out = y - wet;
-    slot = wet + y * 0.5f;
-    allpassIndices_[i] = allpassIndices_[i] + 1 == allpassFrames_[i] ? 0 : allpassIndices_[i] + 1;
-    wet = out;
-  }
-  return wet;
+  echoWrite_ = echoWrite;
+  const ReverbLane* lanes[6] = {&reverb.c0, &reverb.c1, &reverb.c2, &reverb.c3, &reverb.a0, &reverb.a1};
+  for (int i = 0; i < 4; ++i) combIndices_[i] = lanes[i]->index;
+  for (int i = 0; i < 2; ++i) allpassIndices_[i] = lanes[4 + i]->index;
 }
 
 void AudioEffectDSP::processLinkedPitch(float* buffer, int frameCount, double ratio) {
@@ -210,7 +265,9 @@ void AudioEffectDSP::processLinkedPitch(float* buffer, int frameCount, double ra
   float* ring = pitchRing_.data();
 
   for (int f = 0; f < frameCount; ++f) {
-    std::copy_n(buffer + static_cast<std::ptrdiff_t>(f) * ch, ch, ring + pitchWrite_ * ch);
+    const float* frame = buffer + static_cast<std::ptrdiff_t>(f) * ch;
+    float* slot = ring + pitchWrite_ * ch;
+    for (int c = 0; c < ch; ++c) slot[c] = frame[c];
     pitchWrite_ = pitchWrite_ + 1 == ringFrames ? 0 : pitchWrite_ + 1;
   }
   if (linkedReadPos_ == 0) {
@@ -219,8 +276,7 @@ void AudioEffectDSP::processLinkedPitch(float* buffer, int frameCount, double ra
 
   const auto frames = static_cast<double>(ringFrames);
   for (int f = 0; f < frameCount; ++f) {
-    const std::int64_t i = static_cast<std::int64_t>(linkedReadPos_) % ringFrames;
-    const RingPoint at{i, (i + 1) % ringFrames, static_cast<float>(linkedReadPos_ - std::floor(linkedReadPos_))};
+    const RingPoint at = ringPoint(linkedReadPos_, ringFrames);
     float* frame = buffer + static_cast<std::ptrdiff_t>(f) * ch;
     for (int c = 0; c < ch; ++c) frame[c] = lerpRing(ring, at, ch, c);
     linkedReadPos_ += ratio;
@@ -228,8 +284,9 @@ void AudioEffectDSP::processLinkedPitch(float* buffer, int frameCount, double ra
   }
 }
 
+template <int kChannels>
 void AudioEffectDSP::processKeepDurationPitch(float* buffer, int frameCount, double ratio) {
-  const int ch = channelCount_;
+  const int ch = kChannels > 0 ? kChannels : channelCount_;
   const std::int64_t ringFrames = static_cast<std::int64_t>(pitchRing_.size()) / ch;
   if (std::int64_t{grainSize_} * 2 >= ringFrames) return;
   float* ring = pitchRing_.data();
@@ -237,7 +294,8 @@ void AudioEffectDSP::processKeepDurationPitch(float* buffer, int frameCount, dou
 
   for (int f = 0; f < frameCount; ++f) {
     float* frame = buffer + static_cast<std::ptrdiff_t>(f) * ch;
-    std::copy_n(frame, ch, ring + pitchWrite_ * ch);
+    float* slot = ring + pitchWrite_ * ch;
+    for (int c = 0; c < ch; ++c) slot[c] = frame[c];
 
     const float w = grainWindow_[static_cast<std::size_t>(grainFade_)];
     const RingPoint a = ringPoint(grainAPos_, ringFrames);

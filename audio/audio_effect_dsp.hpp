@@ -67,10 +67,13 @@ class AudioEffectDSP {
   };
 
   AudioEffectSnapshot readPublished(const AudioEffectSnapshot& fallback) const;
+  // kChannels is the channel count known at compile time (mono and stereo,
+  // the common cases), or 0 to take channelCount_.
+  template <int kChannels>
   void processEchoAndReverb(float* buffer, int frameCount);
   void processLinkedPitch(float* buffer, int frameCount, double ratio);
+  template <int kChannels>
   void processKeepDurationPitch(float* buffer, int frameCount, double ratio);
-  float processReverb(float sample, int channel, float decay);
 
   PublishedSnapshot published_;
   AudioEffectSnapshot snapshot_;  // the block's snapshot; mixing thread only
