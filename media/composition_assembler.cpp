@@ -275,6 +275,17 @@ std::optional<OVTimeRange> clampedSourceRange(const OVTime& sourceStart, const O
   return OVTimeRange{start, length};
 }
 
+core::Composition withoutMissingMedia(const core::Composition& composition, const core::OVProject& project) {
+  core::Composition stripped = composition;
+  for (const core::Layer& layer : composition.layers) {
+    const auto assetID = layer.content.assetID();
+    if (!assetID) continue;
+    const core::MediaAsset* asset = project.asset(*assetID);
+    if (asset == nullptr || !document::MediaAccessManager::shared().restoreAccessFor(*asset)) stripped.remove(layer.id);
+  }
+  return stripped;
+}
+
 std::expected<AssembledComposition, CompositionAssemblyError> CompositionAssembler::assemble(
     const core::Composition& composition, const core::OVProject& project, double renderScale) const {
   AssemblyScratch scratch;

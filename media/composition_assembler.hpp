@@ -88,6 +88,12 @@ core::OVTime assembledDuration(const core::Composition& composition);
 std::optional<core::OVTimeRange> clampedSourceRange(const core::OVTime& sourceStart, const core::OVTime& duration,
                                                     const core::OVTime& assetDuration);
 
+// A copy without the layers whose asset the project lacks or whose file
+// can't be reached (layers without an asset stay), so that a preview can
+// play everything else after a missing-media error. Nested compositions
+// are left as they are.
+core::Composition withoutMissingMedia(const core::Composition& composition, const core::OVProject& project);
+
 struct CompositionAssembler {
   double volumeRampInterval = 0.1;  // seconds
   int maxNestingDepth = 8;

@@ -128,6 +128,24 @@ TEST_F(AssemblerTest, MissingFilesOfAllLevelsEndInOneSentence) {
   EXPECT_EQ(result.error().message(), "Missing media: a.mov, b.mov.");
 }
 
+TEST_F(AssemblerTest, WithoutMissingMediaTheRestAssembles) {
+  const core::MediaAsset gone = footageAsset(folder, "gone.mov", 3, true, true, false);
+  const core::MediaAsset here = footageAsset(folder, "here.mov", 3);
+  core::Composition main = composition("Main", 5);
+  core::Layer kept = videoLayer(here, 0, 3);
+  core::Layer title = textLayer(0, 2);
+  core::Layer unknown("Unknown", core::LayerContent::audio(core::Uuid::make()), span(0, 3));
+  addLayers(main, {videoLayer(gone, 0, 3), kept, title, unknown});
+  const core::OVProject project = projectOf({main}, {gone, here});
+  ASSERT_FALSE(assembler.assemble(main, project, 1));
+
+  const core::Composition stripped = withoutMissingMedia(main, project);
+  ASSERT_EQ(stripped.layers.size(), 2u);
+  EXPECT_NE(stripped.layer(kept.id), nullptr);
+  EXPECT_NE(stripped.layer(title.id), nullptr);
+  EXPECT_TRUE(assembled(stripped, project).plan.videoTrackIDs.contains(kept.id));
+}
+
 TEST_F(AssemblerTest, UnknownAssetsAndCompositionsAndDisabledLayersAreLeftOutSilently) {
   const core::MediaAsset clip = footageAsset(folder, "clip.mov", 3);
   core::Composition inner = composition("Inner", 3);
