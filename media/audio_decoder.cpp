@@ -61,9 +61,9 @@ struct AudioDecoder::State {
 
 bool AudioDecoder::State::makeResampler() {
   SwrContext* raw = nullptr;
-  AVChannelLayout outLayout;
+  AVChannelLayout outLayout{};
   av_channel_layout_default(&outLayout, output.channelCount);
-  AVChannelLayout inLayout;
+  AVChannelLayout inLayout{};
   if (av_channel_layout_copy(&inLayout, &codec->ch_layout) < 0 || inLayout.order == AV_CHANNEL_ORDER_UNSPEC) {
     av_channel_layout_uninit(&inLayout);
     av_channel_layout_default(&inLayout, codec->ch_layout.nb_channels);

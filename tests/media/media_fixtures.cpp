@@ -98,11 +98,19 @@ void fillPicture(AVFrame* frame, const VideoClipSpec& spec, int number) {
     }
     return;
   }
+  const int blockW = w / 5, blockH = h / 2;
   for (int y = 0; y < h; ++y) {
     std::uint8_t* row = frame->data[0] + y * frame->linesize[0];
     for (int x = 0; x < w; ++x) {
       const int bit = (y * 2 / h) * 5 + (x * 5 / w);
-      row[x] = (number >> bit) & 1 ? 235 : 16;
+      const int bx = x % blockW, by = y % blockH;
+      const bool inner = bx > blockW / 6 && bx < blockW * 5 / 6 && by > blockH / 6 && by < blockH * 5 / 6;
+      if (!spec.busyPicture || inner) {
+        row[x] = (number >> bit) & 1 ? 235 : 16;
+      } else {
+        const unsigned hash = (x * 73856093u) ^ (y * 19349663u) ^ (number * 83492791u);
+        row[x] = static_cast<std::uint8_t>(16 + (x + y + 4 * number) % 200 + (hash >> 28));
+      }
     }
   }
   for (int p = 1; p < 3; ++p) {

@@ -56,6 +56,10 @@ struct VideoClipSpec {
   bool bt709 = false;
   bool fullRange = false;
   bool tagColour = false;
+  // Texture around the blocks (a moving ramp and fine noise), so that a
+  // large clip costs what camera footage costs to decode; blocks are kept
+  // in the middle two thirds of each block.
+  bool busyPicture = false;
   // An AAC tone of 440 Hz beside the picture.
   bool withAudio = false;
   // Encoder speed: "veryfast" keeps B-frames, so frames are reordered.
