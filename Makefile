@@ -7,16 +7,20 @@
 #   make run     build and start the program
 #   make test    build and run every test
 #   make bench   build and run every benchmark
+#   make install install the program and register it with the desktop
 #   make build   only build;  make clean   remove build/
 
 BUILD_DIR  ?= build
 BUILD_TYPE ?= RelWithDebInfo
-# What `make run` starts. The desktop application takes the place of --help
-# once it exists; until then, `make run RUN_ARGS=--version` and the like work.
+# What `make run` starts: the desktop application (`make run RUN_ARGS=--help`
+# and the like run the command line instead).
 RUN_PROGRAM ?= $(BUILD_DIR)/cli/orvane
-RUN_ARGS    ?= --help
+RUN_ARGS    ?=
+# Where `make install` puts the program, its desktop entry, file type and
+# icons: the user's own folders unless PREFIX says otherwise.
+PREFIX      ?= $(HOME)/.local
 
-.PHONY: all deps configure build run test bench clean
+.PHONY: all deps configure build run install test bench clean
 .DEFAULT_GOAL := build
 all: build
 
@@ -35,6 +39,9 @@ build: configure
 
 run: build
 	$(RUN_PROGRAM) $(RUN_ARGS) </dev/null
+
+install: build
+	cmake --install $(BUILD_DIR) --prefix $(PREFIX) </dev/null
 
 test: build
 	ctest --test-dir $(BUILD_DIR) --output-on-failure -j2 </dev/null
