@@ -45,8 +45,8 @@ int runCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
   try {
     CLI::App app{kDescription, kProgramName};
     buildApp(app);
-    // TODO: with no arguments the desktop application opens; until it exists
-    // the program explains itself instead.
+    // main() opens the desktop application when there are no arguments; a
+    // caller that still gets here without any is shown the usage.
     if (argc <= 1) {
       out << app.help();
       return kExitSuccess;
