@@ -133,7 +133,11 @@ void AudioEffectDSP::process(float* buffer, int frameCount) {
   const double ratio = std::clamp(snapshot_.pitchRatio, 0.25, 4.0);
   if (std::abs(ratio - 1) > 0.002) {
     if (snapshot_.pitchMode == core::AudioPitchMode::linked) {
-      processLinkedPitch(buffer, frameCount, ratio);
+      switch (channelCount_) {
+        case 1: processLinkedPitch<1>(buffer, frameCount, ratio); break;
+        case 2: processLinkedPitch<2>(buffer, frameCount, ratio); break;
+        default: processLinkedPitch<0>(buffer, frameCount, ratio); break;
+      }
     } else {
       switch (channelCount_) {
         case 1: processKeepDurationPitch<1>(buffer, frameCount, ratio); break;
@@ -142,124 +146,136 @@ void AudioEffectDSP::process(float* buffer, int frameCount) {
       }
     }
   }
-  switch (channelCount_) {
-    case 1: processEchoAndReverb<1>(buffer, frameCount); break;
-    case 2: processEchoAndReverb<2>(buffer, frameCount); break;
-    default: processEchoAndReverb<0>(buffer, frameCount); break;
+  // The echo's buffer takes the samples before the reverb, so the two run
+  // one after the other over the block. While a mix is at or under 0.001
+  // its effect costs nothing and its buffers stand still.
+  const auto echoMix = static_cast<float>(std::clamp(snapshot_.echoMix, 0.0, 1.0));
+  const auto reverbMix = static_cast<float>(std::clamp(snapshot_.reverbMix, 0.0, 1.0));
+  if (echoMix > 0.001f && echoBuffer_.size() >= static_cast<std::size_t>(channelCount_)) {
+    switch (channelCount_) {
+      case 1: processEcho<1>(buffer, frameCount, echoMix); break;
+      case 2: processEcho<2>(buffer, frameCount, echoMix); break;
+      default: processEcho<0>(buffer, frameCount, echoMix); break;
+    }
+  }
+  if (reverbMix > 0.001f && !combBuffers_[0].empty()) {
+    switch (channelCount_) {
+      case 1: processReverbPass<1>(buffer, frameCount, reverbMix); break;
+      case 2: processReverbPass<2>(buffer, frameCount, reverbMix); break;
+      default: processReverbPass<0>(buffer, frameCount, reverbMix); break;
+    }
   }
 }
 
 namespace {
 
-// One comb or allpass of the reverb, held in locals for one block so that
-// the per-sample work stays in registers; written back at the block's end.
-struct ReverbLane {
-  float* buffer;
-  std::int64_t index;
-  std::int64_t frames;
-};
+// A Schroeder reverb: four parallel combs, then two allpasses in series,
+// each a buffer of frames × channels with its own index. The indices are
+// shared by the channels and move at every call, so with two channels the
+// delays run at twice the frame rate and the channels interleave in the
+// buffers. That is the intended sound.
+//
+// Calls go in runs that end where the first index wraps: within a run each
+// lane's slot is its run start plus the call's step times channels plus
+// the channel, with no wrap to check. Lanes are written out one by one, so
+// that they stay in registers.
+template <int kChannels>
+struct ReverbRun {
+  float* c0;
+  float* c1;
+  float* c2;
+  float* c3;
+  float* a0;
+  float* a1;
 
-// The comb's output; the input and its feedback go in. The index moves on
-// at every call.
-inline float comb(ReverbLane& lane, int channels, int channel, float sample, float decay) {
-  float& slot = lane.buffer[lane.index * channels + channel];
-  const float y = slot;
-  slot = sample + y * decay;
-  lane.index = lane.index + 1 == lane.frames ? 0 : lane.index + 1;
-  return y;
-}
-
-inline float allpass(ReverbLane& lane, int channels, int channel, float wet) {
-  float& slot = lane.buffer[lane.index * channels + channel];
-  const float y = slot;
-  slot = wet + y * 0.5f;
-  lane.index = lane.index + 1 == lane.frames ? 0 : lane.index + 1;
-  return y - wet;
-}
-
-// A Schroeder reverb: four parallel combs, then two allpasses in series.
-// The indices are shared by the channels and move at every call, so with
-// two channels the delays run at twice the frame rate and the channels
-// interleave in the buffers. That is the intended sound. Written out lane
-// by lane: as loops over arrays the lanes would live in memory.
-struct Reverb {
-  ReverbLane c0, c1, c2, c3, a0, a1;
-
-  float step(float sample, int channels, int channel, float decay) {
-    float sum = comb(c0, channels, channel, sample, decay);
-    sum += comb(c1, channels, channel, sample, decay);
-    sum += comb(c2, channels, channel, sample, decay);
-    sum += comb(c3, channels, channel, sample, decay);
-    const float wet = allpass(a0, channels, channel, sum / 4.0f);
-    return allpass(a1, channels, channel, wet);
+  [[gnu::always_inline]] static float comb(float* lane, std::int64_t at, float sample, float decay) {
+    const float y = lane[at];
+    lane[at] = sample + y * decay;
+    return y;
+  }
+  [[gnu::always_inline]] static float allpass(float* lane, std::int64_t at, float wet) {
+    const float y = lane[at];
+    lane[at] = wet + y * 0.5f;
+    return y - wet;
+  }
+  [[gnu::always_inline]] float step(std::int64_t at, float sample, float decay) const {
+    float sum = comb(c0, at, sample, decay);
+    sum += comb(c1, at, sample, decay);
+    sum += comb(c2, at, sample, decay);
+    sum += comb(c3, at, sample, decay);
+    return allpass(a1, at, allpass(a0, at, sum / 4.0f));
   }
 };
 
 }  // namespace
 
 template <int kChannels>
-void AudioEffectDSP::processEchoAndReverb(float* buffer, int frameCount) {
+void AudioEffectDSP::processEcho(float* buffer, int frameCount, float mix) {
   const int ch = kChannels > 0 ? kChannels : channelCount_;
-  const auto echoMix = static_cast<float>(std::clamp(snapshot_.echoMix, 0.0, 1.0));
-  const auto reverbMix = static_cast<float>(std::clamp(snapshot_.reverbMix, 0.0, 1.0));
   const std::int64_t echoFrames = static_cast<std::int64_t>(echoBuffer_.size()) / ch;
-  const bool echoOn = echoMix > 0.001f && echoFrames > 0;
-  const bool reverbOn = reverbMix > 0.001f && !combBuffers_[0].empty();
-  if (!echoOn && !reverbOn) return;
-
-  const float echoDry = 1 - echoMix;
-  const float reverbDry = 1 - reverbMix;
+  const float dry = 1 - mix;
   // Written so that a non-finite delay lands on one frame, and a delay past
   // the buffer on its whole length.
   double delay = sampleRate_ * snapshot_.echoDelayMs / 1000;
   if (!(delay >= 1)) delay = 1;
   const std::int64_t delayFrames = std::min(static_cast<std::int64_t>(std::min(delay, 1e15)), echoFrames);
   const auto feedback = static_cast<float>(snapshot_.echoFeedback);
-  const auto decay = static_cast<float>(0.55 + 0.4 * snapshot_.reverbDecay);
   float* echo = echoBuffer_.data();
-  std::int64_t echoWrite = echoWrite_;
-  std::int64_t echoRead = echoOn ? (echoWrite + echoFrames - delayFrames) % echoFrames : 0;
-
-  const auto lane = [&](std::vector<float>& buffer, std::int64_t index, std::int64_t frames) {
-    return ReverbLane{buffer.data(), index, frames};
-  };
-  Reverb reverb{lane(combBuffers_[0], combIndices_[0], combFrames_[0]),
-                lane(combBuffers_[1], combIndices_[1], combFrames_[1]),
-                lane(combBuffers_[2], combIndices_[2], combFrames_[2]),
-                lane(combBuffers_[3], combIndices_[3], combFrames_[3]),
-                lane(allpassBuffers_[0], allpassIndices_[0], allpassFrames_[0]),
-                lane(allpassBuffers_[1], allpassIndices_[1], allpassFrames_[1])};
+  std::int64_t write = echoWrite_;
+  std::int64_t read = (write + echoFrames - delayFrames) % echoFrames;
 
   for (int f = 0; f < frameCount; ++f) {
     float* frame = buffer + static_cast<std::ptrdiff_t>(f) * ch;
+    float* written = echo + write * ch;
+    const float* delayedFrame = echo + read * ch;
     for (int c = 0; c < ch; ++c) {
-      float out = frame[c];
-      if (echoOn) {
-        const float delayed = echo[echoRead * ch + c];
-        echo[echoWrite * ch + c] = out + delayed * feedback;
-        out = out * echoDry + delayed * echoMix;
-      }
-      if (reverbOn) {
-        const float wet = reverb.step(out, ch, c, decay);
-        out = out * reverbDry + wet * reverbMix;
-      }
-      frame[c] = out;
+      const float in = frame[c];
+      const float delayed = delayedFrame[c];
+      written[c] = in + delayed * feedback;
+      frame[c] = in * dry + delayed * mix;
     }
-    // While the echo is off its buffer stands still.
-    if (echoOn) {
-      echoWrite = echoWrite + 1 == echoFrames ? 0 : echoWrite + 1;
-      echoRead = echoRead + 1 == echoFrames ? 0 : echoRead + 1;
-    }
+    write = write + 1 == echoFrames ? 0 : write + 1;
+    read = read + 1 == echoFrames ? 0 : read + 1;
   }
-
-  echoWrite_ = echoWrite;
-  const ReverbLane* lanes[6] = {&reverb.c0, &reverb.c1, &reverb.c2, &reverb.c3, &reverb.a0, &reverb.a1};
-  for (int i = 0; i < 4; ++i) combIndices_[i] = lanes[i]->index;
-  for (int i = 0; i < 2; ++i) allpassIndices_[i] = lanes[4 + i]->index;
+  echoWrite_ = write;
 }
 
+template <int kChannels>
+void AudioEffectDSP::processReverbPass(float* buffer, int frameCount, float mix) {
+  const int ch = kChannels > 0 ? kChannels : channelCount_;
+  const float dry = 1 - mix;
+  const auto decay = static_cast<float>(0.55 + 0.4 * snapshot_.reverbDecay);
+  std::int64_t* indices[6] = {&combIndices_[0], &combIndices_[1], &combIndices_[2],
+                              &combIndices_[3], &allpassIndices_[0], &allpassIndices_[1]};
+  const std::int64_t frames[6] = {combFrames_[0], combFrames_[1], combFrames_[2],
+                                  combFrames_[3], allpassFrames_[0], allpassFrames_[1]};
+  const std::int64_t total = static_cast<std::int64_t>(frameCount) * ch;
+
+  for (std::int64_t n = 0; n < total;) {
+    std::int64_t run = total - n;
+    for (int i = 0; i < 6; ++i) run = std::min(run, frames[i] - *indices[i]);
+    const auto start = [&](int i, std::vector<float>& lane) { return lane.data() + *indices[i] * ch; };
+    const ReverbRun<kChannels> r{start(0, combBuffers_[0]),    start(1, combBuffers_[1]),
+                                 start(2, combBuffers_[2]),    start(3, combBuffers_[3]),
+                                 start(4, allpassBuffers_[0]), start(5, allpassBuffers_[1])};
+    // Runs start on any channel: a call's channel is its place in the block.
+    for (std::int64_t k = 0; k < run; ++k) {
+      const std::int64_t sample = n + k;
+      const std::int64_t at = k * ch + (ch == 1 ? 0 : sample % ch);
+      const float in = buffer[sample];
+      buffer[sample] = in * dry + r.step(at, in, decay) * mix;
+    }
+    for (int i = 0; i < 6; ++i) {
+      *indices[i] += run;
+      if (*indices[i] == frames[i]) *indices[i] = 0;
+    }
+    n += run;
+  }
+}
+
+template <int kChannels>
 void AudioEffectDSP::processLinkedPitch(float* buffer, int frameCount, double ratio) {
-  const int ch = channelCount_;
+  const int ch = kChannels > 0 ? kChannels : channelCount_;
   const std::int64_t ringFrames = static_cast<std::int64_t>(pitchRing_.size()) / ch;
   if (ringFrames <= 4) return;
   float* ring = pitchRing_.data();

@@ -70,7 +70,10 @@ class AudioEffectDSP {
   // kChannels is the channel count known at compile time (mono and stereo,
   // the common cases), or 0 to take channelCount_.
   template <int kChannels>
-  void processEchoAndReverb(float* buffer, int frameCount);
+  void processEcho(float* buffer, int frameCount, float mix);
+  template <int kChannels>
+  void processReverbPass(float* buffer, int frameCount, float mix);
+  template <int kChannels>
   void processLinkedPitch(float* buffer, int frameCount, double ratio);
   template <int kChannels>
   void processKeepDurationPitch(float* buffer, int frameCount, double ratio);
