@@ -37,6 +37,18 @@ int matrixFor(const AVFrame& frame) {
 
 }  // namespace
 
+ColourCoding colourCodingOf(const AVFrame& frame) {
+  bool fullRange = frame.color_range == AVCOL_RANGE_JPEG;
+  plainFormat(static_cast<AVPixelFormat>(frame.format), fullRange);
+  switch (matrixFor(frame)) {
+    case SWS_CS_ITU709: return {0.2126, 0.0722, fullRange};
+    case SWS_CS_SMPTE240M: return {0.212, 0.087, fullRange};
+    case SWS_CS_FCC: return {0.30, 0.11, fullRange};
+    case SWS_CS_BT2020: return {0.2627, 0.0593, fullRange};
+    default: return {0.299, 0.114, fullRange};
+  }
+}
+
 FrameConverter::~FrameConverter() { sws_freeContext(context_); }
 
 bool FrameConverter::toBgra(const AVFrame& frame, int width, int height, std::span<std::uint8_t> out,

@@ -16,6 +16,18 @@ struct SwsContext;
 
 namespace orvane::media {
 
+// How a frame's colours are coded: the matrix's red and blue weights and
+// whether the codes use the full 0 ... 255 range.
+struct ColourCoding {
+  double kr = 0.299;
+  double kb = 0.114;
+  bool fullRange = false;
+};
+
+// The frame's own matrix and range; an unnamed matrix is BT.709 for HD and
+// larger, BT.601 below.
+ColourCoding colourCodingOf(const AVFrame& frame);
+
 class FrameConverter {
  public:
   FrameConverter() = default;

@@ -6,6 +6,7 @@
 
 #include "media/ffmpeg_support.hpp"
 #include "media/frame_converter.hpp"
+#include "media/yuv_picture.hpp"
 #include "render/rgba8.hpp"
 
 namespace orvane::media {
@@ -222,6 +223,13 @@ std::expected<VideoFrame, MediaError> VideoDecoder::frameAt(const core::OVTime& 
   State& s = *state_;
   const std::int64_t target = ffmpeg::toTicks(t, s.stream->time_base) + s.tolerance;
   if (auto positioned = s.position(target); !positioned) return std::unexpected(positioned.error());
+  if (!s.converted && isPlanar420(*s.current) && s.current->width == std::lround(s.info.geometry.naturalSize.width) &&
+      s.current->height == std::lround(s.info.geometry.naturalSize.height)) {
+    auto image = yuvPicture(*s.current);
+    if (!image) return std::unexpected(MediaError::outOfMemory);
+    s.converted = VideoFrame{std::move(*image), ffmpeg::toTime(s.currentTicks, s.stream->time_base),
+                             s.currentDuration()};
+  }
   if (!s.converted) {
     const int width = std::max(1, static_cast<int>(std::lround(s.info.geometry.naturalSize.width)));
     const int height = std::max(1, static_cast<int>(std::lround(s.info.geometry.naturalSize.height)));
