@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <algorithm>
 #include <cstring>
+#include <limits>
 #include <vector>
 
 #include "audio/audio_effect_snapshot.hpp"
@@ -228,6 +230,37 @@ TEST(AudioEffectDSPTest, LinkedReadPositionIsReseededWheneverItIsZero) {
   EXPECT_EQ(dsp.linkedReadPos(), 3000);
   for (int k = 0; k < 250; ++k) ASSERT_EQ(block[static_cast<std::size_t>(k)], third[static_cast<std::size_t>(2 * k)]) << k;
   for (int k = 250; k < 500; ++k) ASSERT_EQ(block[static_cast<std::size_t>(k)], 0.0f) << k;  // never written
+}
+
+TEST(AudioEffectDSPTest, AbsurdSettingsStayWithinTheBuffers) {
+  const double nan = std::nan("");
+  const double inf = std::numeric_limits<double>::infinity();
+  for (const double delay : {nan, inf, -5.0, 1e300, 5000.0}) {
+    for (const double ratio : {nan, -inf, 0.0}) {
+      AudioEffectSnapshot s;
+      s.echoMix = 1;
+      s.echoDelayMs = delay;
+      s.echoFeedback = 0.5;
+      s.reverbMix = nan;
+      s.pitchRatio = ratio;
+      std::vector<float> samples = noise(3 * 700);
+      AudioEffectDSP dsp(s);
+      dsp.prepare(1e12, 3);  // an absurd rate is held to one a device could have
+      EXPECT_LE(dsp.sampleRate(), 768000);
+      dsp.process(samples.data(), 700);
+      dsp.process(samples.data(), 700);
+      for (const float x : samples) ASSERT_TRUE(std::isfinite(x));
+    }
+  }
+  // A delay past the two seconds of the buffer echoes after all of them.
+  AudioEffectSnapshot longEcho;
+  longEcho.echoMix = 1;
+  longEcho.echoDelayMs = 5000;
+  longEcho.echoFeedback = 0;
+  std::vector<float> impulse(8000 * 3, 0.0f);
+  impulse[0] = 1;
+  const std::vector<float> out = processed(longEcho, impulse, 8000, 1, 1000);
+  EXPECT_EQ(std::find(out.begin(), out.end(), 1.0f) - out.begin(), 16001);
 }
 
 TEST(AudioEffectDSPTest, KeepDurationShiftsPitchOfATone) {
