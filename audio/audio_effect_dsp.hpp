@@ -5,8 +5,8 @@
 // four combs and two allpasses, and a pitch stage that either resamples
 // (pitch and speed together) or crossfades two grains (pitch alone).
 //
-// Threads: prepare and process belong to the mixing thread. update may come
-// from any other thread at any time; the new snapshot is published without a
+// Threads: prepare and process belong to the mixing thread. update comes
+// from one other thread (the main thread) at any time; the new snapshot is published without a
 // lock and taken up at the start of the next block. Everything is allocated
 // in prepare/resetBuffers; process allocates nothing.
 //
