@@ -21,7 +21,7 @@
 #include "core/uuid.hpp"
 #include "document/project_document.hpp"
 #include "document/undo_stack.hpp"
-#include "media/thumbnail_service.hpp"
+#include "media/serial_worker.hpp"
 
 namespace orvane::audio {
 

@@ -5,6 +5,7 @@
 
 #include "core/hashing.hpp"
 #include "document/media_access.hpp"
+#include "media/thumbnail_service.hpp"
 #include "media/video_decoder.hpp"
 
 namespace orvane::media {

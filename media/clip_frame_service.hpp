@@ -23,7 +23,7 @@
 
 #include "core/media_asset.hpp"
 #include "core/uuid.hpp"
-#include "media/thumbnail_service.hpp"
+#include "media/serial_worker.hpp"
 
 namespace orvane::media {
 
