@@ -1,19 +1,16 @@
 #pragma once
 // Helpers of the audio tests: WAV files of 32-bit float samples written
-// from a list, so that peaks survive decoding exactly, and a stand-in for
-// the main thread's queue that the test drains.
+// from a list, so that peaks survive decoding exactly, and the media tests'
+// stand-in for the main thread's queue.
 
-#include <chrono>
-#include <condition_variable>
 #include <cstdint>
-#include <deque>
 #include <filesystem>
 #include <fstream>
-#include <functional>
-#include <mutex>
 #include <random>
 #include <string>
 #include <vector>
+
+#include "tests/media/main_queue.hpp"
 
 namespace orvane::audio::test {
 
@@ -68,40 +65,6 @@ class TempFolder {
   std::filesystem::path path_;
 };
 
-// Closures posted "to the main thread" wait here until the test runs them.
-class MainQueue {
- public:
-  std::function<void(std::function<void()>)> poster() {
-    return [this](std::function<void()> job) {
-      {
-        std::lock_guard guard(lock_);
-        jobs_.push_back(std::move(job));
-      }
-      wake_.notify_all();
-    };
-  }
-
-  // Runs posted closures until done() holds; false if it still does not
-  // after a generous wait (a hang, not a timing check).
-  bool drainUntil(const std::function<bool()>& done) {
-    const auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-    while (!done()) {
-      std::function<void()> job;
-      {
-        std::unique_lock guard(lock_);
-        if (!wake_.wait_until(guard, giveUp, [&] { return !jobs_.empty(); })) return false;
-        job = std::move(jobs_.front());
-        jobs_.pop_front();
-      }
-      job();
-    }
-    return true;
-  }
-
- private:
-  std::mutex lock_;
-  std::condition_variable wake_;
-  std::deque<std::function<void()>> jobs_;
-};
+using media::testing::MainQueue;
 
 }  // namespace orvane::audio::test

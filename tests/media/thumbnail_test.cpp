@@ -1,53 +1,17 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <chrono>
-#include <condition_variable>
-#include <deque>
-#include <mutex>
 
 #include "media/clip_frame_service.hpp"
 #include "media/thumbnail_service.hpp"
 #include "render/qimage_bridge.hpp"
+#include "tests/media/main_queue.hpp"
 #include "tests/media/media_fixtures.hpp"
 
 namespace orvane::media {
 namespace {
 
-// Closures posted "to the main thread" wait here until the test runs them.
-class MainQueue {
- public:
-  MainThreadPost poster() {
-    return [this](std::function<void()> job) {
-      {
-        std::lock_guard guard(lock_);
-        jobs_.push_back(std::move(job));
-      }
-      wake_.notify_all();
-    };
-  }
-  // Runs posted closures until done() holds; false after a generous wait
-  // (a hang, not a timing check).
-  bool drainUntil(const std::function<bool()>& done) {
-    const auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-    while (!done()) {
-      std::function<void()> job;
-      {
-        std::unique_lock guard(lock_);
-        if (!wake_.wait_until(guard, giveUp, [&] { return !jobs_.empty(); })) return false;
-        job = std::move(jobs_.front());
-        jobs_.pop_front();
-      }
-      job();
-    }
-    return true;
-  }
-
- private:
-  std::mutex lock_;
-  std::condition_variable wake_;
-  std::deque<std::function<void()>> jobs_;
-};
+using testing::MainQueue;
 
 core::MediaAsset assetAt(const std::filesystem::path& file, core::MediaKind kind, double seconds = 1) {
   core::MediaAsset asset;
