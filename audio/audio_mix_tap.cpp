@@ -42,16 +42,10 @@ void AudioMixTap::processPlanar(float* const* channels, int channelCount, int fr
   }
 }
 
-void AudioTapRetention::add(std::shared_ptr<AudioMixTap> tap) {
-  if (tap) taps_.push_back(std::move(tap));
-}
-
-media::AudioTapMaker makeEffectTap(std::shared_ptr<AudioTapRetention> retention) {
-  return [retention = std::move(retention)](const core::Layer& layer) -> std::shared_ptr<media::AudioTrackTap> {
+media::AudioTapMaker makeEffectTap() {
+  return [](const core::Layer& layer) -> std::shared_ptr<media::AudioTrackTap> {
     if (!layer.audio.needsProcessingTap()) return nullptr;
-    auto tap = std::make_shared<AudioMixTap>(effectSnapshot(layer.audio));
-    if (retention) retention->add(tap);
-    return tap;
+    return std::make_shared<AudioMixTap>(effectSnapshot(layer.audio));
   };
 }
 

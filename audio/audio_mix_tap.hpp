@@ -2,13 +2,11 @@
 // The per-track tap through which a layer's echo, reverb and pitch run in
 // the audio mix, in the preview and in the export alike. AudioMixTap owns
 // one AudioEffectDSP and answers the mix's tap calls with it;
-// AudioTapRetention keeps the taps of one assembled composition alive as
-// long as the mix that uses them; makeEffectTap is the maker the assembler
-// is given.
+// makeEffectTap is the maker the assembler is given (the assembled
+// composition keeps the taps it made alive, in its media::AudioTapRetention).
 //
 // Threads: prepare and process come from the mixing thread; snapshot and
 // setSnapshot from any other (the DSP publishes snapshots without a lock).
-// AudioTapRetention belongs to the thread that assembles.
 
 #include <memory>
 #include <vector>
@@ -38,20 +36,9 @@ class AudioMixTap final : public media::AudioTrackTap {
   std::vector<float> scratch_;  // mixing thread only
 };
 
-class AudioTapRetention {
- public:
-  void add(std::shared_ptr<AudioMixTap> tap);
-  void removeAll() { taps_.clear(); }
-  const std::vector<std::shared_ptr<AudioMixTap>>& taps() const { return taps_; }
-
- private:
-  std::vector<std::shared_ptr<AudioMixTap>> taps_;
-};
-
 // The tap maker for the mix: a layer whose audio settings call for
 // processing (AudioProperties::needsProcessingTap) gets an AudioMixTap with
-// its snapshot, added to retention when one is given; any other layer gets
-// none and is mixed untouched.
-media::AudioTapMaker makeEffectTap(std::shared_ptr<AudioTapRetention> retention = nullptr);
+// its snapshot; any other layer gets none and is mixed untouched.
+media::AudioTapMaker makeEffectTap();
 
 }  // namespace orvane::audio
