@@ -42,7 +42,7 @@ void addTextLayer(AppDelegate& delegate, const QString& path) {
 }  // namespace
 
 void scheduleSelfTestIfAsked(AppDelegate& delegate) {
-  const char* target = std::getenv("OV_SELFTEST_WORKSPACE");
+  const char* target = std::getenv("ORVANE_SELFTEST_WORKSPACE");
   if (target == nullptr || *target == '\0') return;
   const QString path = QString::fromLocal8Bit(target);
   QTimer::singleShot(1500ms, &delegate.watchdog(), [&delegate, path] {
