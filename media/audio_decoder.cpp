@@ -19,7 +19,6 @@ namespace {
 constexpr std::chrono::seconds kOperationTimeLimit{10};
 // A read this far ahead of what is decoded decodes on instead of seeking.
 constexpr double kForwardSeconds = 1.0;
-constexpr int kMaxRefusedPackets = 64;
 
 struct ResamplerCloser {
   void operator()(SwrContext* c) const { swr_free(&c); }
@@ -95,16 +94,14 @@ void AudioDecoder::State::append(const std::uint8_t** data, int count) {
 bool AudioDecoder::State::decodeMore() {
   if (endOfStream) return false;
   file.deadline->extend(kOperationTimeLimit);
-  int refused = 0;
-  for (;;) {
-    const int received = avcodec_receive_frame(codec.get(), frame.get());
-    if (received == 0) {
-      // The format of a stream may change midway; the resampler follows.
-      if (frame->sample_rate != codec->sample_rate || frame->format != codec->sample_fmt) {
-        codec->sample_rate = frame->sample_rate;
-        codec->sample_fmt = static_cast<AVSampleFormat>(frame->format);
-        if (!makeResampler()) break;
-      }
+  if (ffmpeg::receiveFrame(*file.format, *codec, streamIndex, *packet, *frame, flushed)) {
+    // The format of a stream may change midway; the resampler follows.
+    const bool changed = frame->sample_rate != codec->sample_rate || frame->format != codec->sample_fmt;
+    if (changed) {
+      codec->sample_rate = frame->sample_rate;
+      codec->sample_fmt = static_cast<AVSampleFormat>(frame->format);
+    }
+    if (!changed || makeResampler()) {
       if (!positioned) {
         const std::int64_t pts = frame->best_effort_timestamp;
         const double seconds = pts == AV_NOPTS_VALUE ? 0.0 : (pts - origin) * av_q2d(stream->time_base);
@@ -116,26 +113,6 @@ bool AudioDecoder::State::decodeMore() {
       av_frame_unref(frame.get());
       return true;
     }
-    if (received == AVERROR_EOF) break;
-    if (received != AVERROR(EAGAIN)) {
-      if (++refused > kMaxRefusedPackets) break;
-      continue;
-    }
-    if (flushed) break;
-    if (av_read_frame(file.format.get(), packet.get()) < 0) {
-      avcodec_send_packet(codec.get(), nullptr);
-      flushed = true;
-      continue;
-    }
-    if (packet->stream_index == streamIndex) {
-      const int sent = avcodec_send_packet(codec.get(), packet.get());
-      if (sent < 0 && sent != AVERROR(EAGAIN) && ++refused > kMaxRefusedPackets) {
-        av_packet_unref(packet.get());
-        break;
-      }
-      if (sent == 0) refused = 0;
-    }
-    av_packet_unref(packet.get());
   }
   // What the resampler still holds comes out at the end.
   if (resampler && positioned) append(nullptr, 0);

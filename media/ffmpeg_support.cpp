@@ -16,6 +16,8 @@ namespace orvane::media::ffmpeg {
 namespace {
 
 constexpr std::chrono::seconds kOpenTimeLimit{10};
+// Packets the codec may refuse in a row before the stream counts as broken.
+constexpr int kMaxRefusedPackets = 64;
 
 int interruptWhenLate(void* opaque) {
   const auto* deadline = static_cast<const Deadline*>(opaque);
@@ -148,6 +150,35 @@ core::OVTime toTime(std::int64_t ticks, AVRational timeBase) {
 std::int64_t toTicks(const core::OVTime& t, AVRational timeBase) {
   return av_rescale_q_rnd(t.value, AVRational{1, t.timescale}, timeBase,
                           static_cast<AVRounding>(AV_ROUND_DOWN | AV_ROUND_PASS_MINMAX));
+}
+
+bool receiveFrame(AVFormatContext& format, AVCodecContext& codec, int streamIndex, AVPacket& packet,
+                  AVFrame& frame, bool& flushed) {
+  int refused = 0;
+  for (;;) {
+    const int received = avcodec_receive_frame(&codec, &frame);
+    if (received == 0) return true;
+    if (received == AVERROR_EOF) return false;
+    if (received != AVERROR(EAGAIN)) {
+      if (++refused > kMaxRefusedPackets) return false;
+      continue;
+    }
+    if (flushed) return false;
+    if (av_read_frame(&format, &packet) < 0) {
+      avcodec_send_packet(&codec, nullptr);
+      flushed = true;
+      continue;
+    }
+    if (packet.stream_index == streamIndex) {
+      const int sent = avcodec_send_packet(&codec, &packet);
+      if (sent < 0 && sent != AVERROR(EAGAIN) && ++refused > kMaxRefusedPackets) {
+        av_packet_unref(&packet);
+        return false;
+      }
+      if (sent == 0) refused = 0;
+    }
+    av_packet_unref(&packet);
+  }
 }
 
 }  // namespace orvane::media::ffmpeg

@@ -66,6 +66,14 @@ int firstUsableStream(const AVFormatContext& format, AVMediaType type);
 // core; none when the codec is unavailable or refuses.
 CodecPtr openDecoder(const AVStream& stream, bool threaded);
 
+// Decodes the stream's next frame into frame, feeding the codec the file's
+// packets of that stream as it asks for them. When the file runs out the
+// codec is told so and drains; flushed records that, and whoever seeks
+// clears it. False at the end of the stream, or when the codec refused too
+// many packets in a row to count as readable. packet is scratch.
+bool receiveFrame(AVFormatContext& format, AVCodecContext& codec, int streamIndex, AVPacket& packet,
+                  AVFrame& frame, bool& flushed);
+
 // The stream's geometry: the stored picture with its sample aspect applied,
 // and the display matrix's rotation (and flip) as a y-up transform.
 render::FootageGeometry geometryOf(const AVStream& stream);

@@ -19,8 +19,6 @@ constexpr double kForwardWithoutIndexSeconds = 2.0;
 // A jump of up to this many frames decodes on: cheaper than a seek, which
 // also drops the frames in flight in the codec's threads.
 constexpr std::int64_t kForwardFrames = 4;
-// Packets the codec may refuse in a row before the stream counts as broken.
-constexpr int kMaxRefusedPackets = 64;
 
 }  // namespace
 
@@ -64,36 +62,11 @@ struct VideoDecoder::State {
 bool VideoDecoder::State::decodeInto(AVFrame* frame, std::int64_t previousTicks, std::int64_t& ticks) {
   if (endOfStream) return false;
   file.deadline->extend(kOperationTimeLimit);
-  int refused = 0;
-  for (;;) {
-    const int received = avcodec_receive_frame(codec.get(), frame);
-    if (received == 0) {
-      ++decoded;
-      const std::int64_t pts = frame->best_effort_timestamp;
-      ticks = pts == AV_NOPTS_VALUE ? previousTicks + nominalTicks : pts - origin;
-      return true;
-    }
-    if (received == AVERROR_EOF) break;
-    if (received != AVERROR(EAGAIN)) {
-      if (++refused > kMaxRefusedPackets) break;
-      continue;
-    }
-    if (flushed) break;
-    const int read = av_read_frame(file.format.get(), packet.get());
-    if (read < 0) {
-      avcodec_send_packet(codec.get(), nullptr);
-      flushed = true;
-      continue;
-    }
-    if (packet->stream_index == streamIndex) {
-      const int sent = avcodec_send_packet(codec.get(), packet.get());
-      if (sent < 0 && sent != AVERROR(EAGAIN) && ++refused > kMaxRefusedPackets) {
-        av_packet_unref(packet.get());
-        break;
-      }
-      if (sent == 0) refused = 0;
-    }
-    av_packet_unref(packet.get());
+  if (ffmpeg::receiveFrame(*file.format, *codec, streamIndex, *packet, *frame, flushed)) {
+    ++decoded;
+    const std::int64_t pts = frame->best_effort_timestamp;
+    ticks = pts == AV_NOPTS_VALUE ? previousTicks + nominalTicks : pts - origin;
+    return true;
   }
   endOfStream = true;
   return false;
