@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "document/media_access.hpp"
 #include "media/audio_decoder.hpp"
 
 namespace orvane::audio {
@@ -74,46 +73,25 @@ std::optional<Waveform> WaveformService::generate(const std::filesystem::path& f
   return Waveform{std::move(collector.peaks), duration};
 }
 
-WaveformService::WaveformService(media::MainThreadPost post)
-    : post_(std::move(post)), state_(std::make_shared<State>()) {}
+WaveformService::WaveformService(media::MainThreadPost post) : waveforms_(std::move(post)) {}
 
 WaveformService::~WaveformService() = default;
 
 void WaveformService::request(const core::MediaAsset& asset) {
   if (!asset.hasAudioTrack) return;
-  if (state_->waveforms.contains(asset.id) || state_->inFlight.contains(asset.id)) return;
-  state_->inFlight.insert(asset.id);
-  const auto file = document::MediaAccessManager::shared().restoreAccessFor(asset);
-  if (!file) {
-    state_->inFlight.erase(asset.id);
-    return;
-  }
-  worker_.post([id = asset.id, file = *file, post = post_, weak = std::weak_ptr<State>(state_)] {
-    std::optional<Waveform> waveform = generate(file, bucketCount);
-    post([weak, id, waveform = std::move(waveform)]() mutable {
-      const auto state = weak.lock();
-      if (!state) return;
-      state->inFlight.erase(id);
-      if (!waveform) return;
-      state->waveforms[id] = std::move(*waveform);
-      state->observers.notify(id);
-    });
-  });
+  waveforms_.request(asset, [](const std::filesystem::path& file) { return generate(file, bucketCount); });
 }
 
-const std::unordered_map<core::Uuid, Waveform>& WaveformService::waveforms() const { return state_->waveforms; }
+const std::unordered_map<core::Uuid, Waveform>& WaveformService::waveforms() const { return waveforms_.all(); }
 
-const Waveform* WaveformService::waveform(const core::Uuid& assetID) const {
-  const auto it = state_->waveforms.find(assetID);
-  return it == state_->waveforms.end() ? nullptr : &it->second;
-}
+const Waveform* WaveformService::waveform(const core::Uuid& assetID) const { return waveforms_.find(assetID); }
 
-bool WaveformService::isInFlight(const core::Uuid& assetID) const { return state_->inFlight.contains(assetID); }
+bool WaveformService::isInFlight(const core::Uuid& assetID) const { return waveforms_.isInFlight(assetID); }
 
 int WaveformService::addObserver(std::function<void(const core::Uuid&)> observer) {
-  return state_->observers.add(std::move(observer));
+  return waveforms_.addObserver(std::move(observer));
 }
 
-void WaveformService::removeObserver(int token) { state_->observers.remove(token); }
+void WaveformService::removeObserver(int token) { waveforms_.removeObserver(token); }
 
 }  // namespace orvane::audio

@@ -16,12 +16,12 @@
 #include <memory>
 #include <optional>
 #include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 #include "core/media_asset.hpp"
 #include "core/ov_time.hpp"
 #include "core/uuid.hpp"
+#include "media/asset_results.hpp"
 #include "media/serial_worker.hpp"
 
 namespace orvane::audio {
@@ -62,15 +62,7 @@ class WaveformService {
   void removeObserver(int token);
 
  private:
-  struct State {
-    std::unordered_map<core::Uuid, Waveform> waveforms;
-    std::unordered_set<core::Uuid> inFlight;
-    media::ChangeObservers<core::Uuid> observers;
-  };
-
-  media::MainThreadPost post_;
-  std::shared_ptr<State> state_;  // main thread; posted results hold it weakly
-  media::SerialWorker worker_;
+  media::AssetResults<Waveform> waveforms_;
 };
 
 }  // namespace orvane::audio

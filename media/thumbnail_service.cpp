@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "document/media_access.hpp"
 #include "media/video_decoder.hpp"
 
 namespace orvane::media {
@@ -78,45 +77,25 @@ std::optional<QImage> ThumbnailService::defaultPosterMaker(const core::MediaAsse
 }
 
 ThumbnailService::ThumbnailService(MainThreadPost post, PosterMaker maker)
-    : post_(std::move(post)), maker_(std::move(maker)), state_(std::make_shared<State>()) {}
+    : maker_(std::move(maker)), posters_(std::move(post)) {}
 
 ThumbnailService::~ThumbnailService() = default;
 
 void ThumbnailService::request(const core::MediaAsset& asset) {
   if (asset.kind == core::MediaKind::audio) return;
-  if (state_->thumbnails.contains(asset.id) || state_->inFlight.contains(asset.id)) return;
-  state_->inFlight.insert(asset.id);
-  const auto file = document::MediaAccessManager::shared().restoreAccessFor(asset);
-  if (!file) {
-    state_->inFlight.erase(asset.id);
-    return;
-  }
-  worker_.post([asset, file = *file, maker = maker_, post = post_, weak = std::weak_ptr<State>(state_)] {
-    std::optional<QImage> image = maker(asset, file);
-    post([weak, id = asset.id, image = std::move(image)] {
-      const auto state = weak.lock();
-      if (!state) return;
-      state->inFlight.erase(id);
-      if (!image) return;
-      state->thumbnails[id] = *image;
-      state->observers.notify(id);
-    });
-  });
+  posters_.request(asset, [asset, maker = maker_](const std::filesystem::path& file) { return maker(asset, file); });
 }
 
-const std::unordered_map<core::Uuid, QImage>& ThumbnailService::thumbnails() const { return state_->thumbnails; }
+const std::unordered_map<core::Uuid, QImage>& ThumbnailService::thumbnails() const { return posters_.all(); }
 
-const QImage* ThumbnailService::thumbnail(const core::Uuid& assetID) const {
-  const auto it = state_->thumbnails.find(assetID);
-  return it == state_->thumbnails.end() ? nullptr : &it->second;
-}
+const QImage* ThumbnailService::thumbnail(const core::Uuid& assetID) const { return posters_.find(assetID); }
 
-bool ThumbnailService::isInFlight(const core::Uuid& assetID) const { return state_->inFlight.contains(assetID); }
+bool ThumbnailService::isInFlight(const core::Uuid& assetID) const { return posters_.isInFlight(assetID); }
 
 int ThumbnailService::addObserver(std::function<void(const core::Uuid&)> observer) {
-  return state_->observers.add(std::move(observer));
+  return posters_.addObserver(std::move(observer));
 }
 
-void ThumbnailService::removeObserver(int token) { state_->observers.remove(token); }
+void ThumbnailService::removeObserver(int token) { posters_.removeObserver(token); }
 
 }  // namespace orvane::media

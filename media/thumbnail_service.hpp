@@ -17,11 +17,11 @@
 #include <memory>
 #include <optional>
 #include <unordered_map>
-#include <unordered_set>
 
 #include "core/media_asset.hpp"
 #include "core/ov_time.hpp"
 #include "core/uuid.hpp"
+#include "media/asset_results.hpp"
 #include "media/serial_worker.hpp"
 
 namespace orvane::media {
@@ -65,16 +65,8 @@ class ThumbnailService {
   static std::optional<QImage> defaultPosterMaker(const core::MediaAsset& asset, const std::filesystem::path& file);
 
  private:
-  struct State {
-    std::unordered_map<core::Uuid, QImage> thumbnails;
-    std::unordered_set<core::Uuid> inFlight;
-    ChangeObservers<core::Uuid> observers;
-  };
-
-  MainThreadPost post_;
   PosterMaker maker_;
-  std::shared_ptr<State> state_;  // main thread; posted results hold it weakly
-  SerialWorker worker_;
+  AssetResults<QImage> posters_;
 };
 
 }  // namespace orvane::media
