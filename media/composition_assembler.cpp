@@ -170,25 +170,13 @@ class Collector {
     scratch_.audioParameters.push_back(std::move(params));
   }
 
-  // The layer's fades without its time-range test: the last ramp ends on
-  // the layer's end, where a layer without a fade-out is still at full
-  // volume rather than cut to silence for its last tenth of a second.
-  static double fadeAt(const core::Layer& layer, const OVTime& t) {
-    double in = 1;
-    if (layer.fadeIn.isPositive()) {
-      in = std::clamp((t - layer.timeRange.start).seconds() / layer.fadeIn.seconds(), 0.0, 1.0);
-    }
-    double out = 1;
-    if (layer.fadeOut.isPositive()) {
-      out = std::clamp((layer.timeRange.end() - t).seconds() / layer.fadeOut.seconds(), 0.0, 1.0);
-    }
-    return in * out;
-  }
-
+  // The layer's fades as its picture has them: at the layer's end the
+  // multiplier is 0, so the last ramp of a curve that reaches the end closes
+  // to silence even without a fade-out.
   static float audioGain(const core::Layer& layer, const OVTime& layerTime) {
     const double volume = std::max(0.0, layer.audio.volume.doubleValueAt(layerTime, 100) / 100.0);
     const double normalize = std::isfinite(layer.audio.normalizeGain) ? std::max(0.0, layer.audio.normalizeGain) : 1.0;
-    const double gain = volume * normalize * fadeAt(layer, layerTime);
+    const double gain = volume * normalize * layer.fadeMultiplierAt(layerTime);
     return std::isfinite(gain) ? static_cast<float>(gain) : 0.0f;
   }
 

@@ -224,9 +224,23 @@ TEST_F(AssemblerTest, FadesBecomeRampsOfATenthWithAShorterLast) {
   EXPECT_FLOAT_EQ(ramps[0].endVolume, 0.8f);   // 0.1 of 0.25 s, times 2
   EXPECT_FLOAT_EQ(ramps[2].startVolume, 1.6f);
   EXPECT_FLOAT_EQ(ramps[2].endVolume, 2);
-  // Without a fade-out the end stays at full volume.
-  EXPECT_FLOAT_EQ(ramps[10].endVolume, 2);
+  // The last ramp ends on the layer's end, where the fade multiplier is 0
+  // even without a fade-out.
+  EXPECT_FLOAT_EQ(ramps[9].endVolume, 2);
+  EXPECT_FLOAT_EQ(ramps[10].startVolume, 2);
+  EXPECT_FLOAT_EQ(ramps[10].endVolume, 0);
   EXPECT_FLOAT_EQ(a.audioMix->inputParameters[0].volumeAt(secs(1.05)), 0.4f);
+
+  // A layer longer than its file: the ramps stop with the file, before the
+  // layer's end, still at full volume.
+  core::Layer overlong = audioLayer(tone, 0, 5);
+  overlong.fadeIn = secs(0.25);
+  core::Composition other = composition("Other", 5);
+  addLayers(other, {overlong});
+  const std::vector<VolumeRamp> cut = assembled(other, projectOf({other}, {tone})).audioMix->inputParameters.at(0).ramps;
+  ASSERT_EQ(cut.size(), 30u);
+  EXPECT_EQ(cut.back().timeRange.end(), secs(3));
+  EXPECT_FLOAT_EQ(cut.back().endVolume, 1);
 }
 
 TEST_F(AssemblerTest, SteadyVolumeIsOneSettingWithNormalizeGain) {
