@@ -133,6 +133,14 @@ TEST(MediaImportServiceTest, StillsTakeTheirUprightSizeAndTheStillDuration) {
   ASSERT_EQ(testing::writeJpegWithOrientation(folder / "turned.jpg", 40, 30, 6), "");
   ASSERT_EQ(testing::writeJpegWithOrientation(folder / "upright.jpeg", 40, 30, 1), "");
   ASSERT_EQ(testing::writeJpegWithOrientation(folder / "mirrored.jpg", 40, 30, 2), "");
+  // Orientations 5 to 8 all turn the picture a quarter; 3 and 4 don't.
+  for (const int orientation : {3, 4, 5, 7, 8}) {
+    const std::string name = "o" + std::to_string(orientation) + ".jpg";
+    ASSERT_EQ(testing::writeJpegWithOrientation(folder / name, 40, 30, orientation), "");
+    auto asset = MediaImportService::importAsset(folder / name);
+    ASSERT_TRUE(asset) << name;
+    EXPECT_EQ(asset->naturalSize, (orientation >= 5 ? core::OVSize{30, 40} : core::OVSize{40, 30})) << name;
+  }
   ASSERT_EQ(testing::writeSvg(folder / "logo.svg", 200, 100), "");
   ASSERT_EQ(testing::writePdf(folder / "page.pdf", 300, 200), "");
   const std::pair<const char*, core::OVSize> cases[] = {{"flat.png", {64, 48}},     {"turned.jpg", {30, 40}},
