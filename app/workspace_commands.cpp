@@ -94,7 +94,10 @@ void addDocumentItems(MenuBuilder& builder, QMenu* file, const ShellActions& she
   file->addSeparator();
   builder.add(file, QStringLiteral("Close"), shell.closeWindow, QKeySequence::Close);
   builder.add(file, QStringLiteral("Save"), shell.save, QKeySequence::Save);
-  builder.add(file, QStringLiteral("Save As\u2026"), shell.saveAs, QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S));
+  // Ctrl+Shift+S belongs to Snap in Timeline; a shared key would fire
+  // neither, so Save As takes Alt as well.
+  builder.add(file, QStringLiteral("Save As\u2026"), shell.saveAs,
+              QKeySequence(Qt::CTRL | Qt::ALT | Qt::SHIFT | Qt::Key_S));
   builder.add(file, QStringLiteral("Revert to Saved"), shell.revert);
   file->addSeparator();
 }

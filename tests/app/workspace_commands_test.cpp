@@ -5,6 +5,7 @@
 #include <QMenuBar>
 #include <QStatusBar>
 #include <QTest>
+#include <map>
 #include <set>
 
 #include "app/layer_list_view.hpp"
@@ -67,6 +68,15 @@ TEST_F(WorkspaceCommandsTest, MenusCarryTheTableAndDisableWhatIsNotBuilt) {
   EXPECT_TRUE(menuItem(window, QStringLiteral("New Text Layer"))->isEnabled());
   EXPECT_TRUE(menuItem(window, QStringLiteral("Welcome to Orvane"))->isEnabled());
   EXPECT_EQ(menuItem(window, QStringLiteral("Guides & Overlays")), nullptr) << "submenus are menus, not items";
+  // A key that two items of the window share triggers neither of them.
+  std::map<QString, QString> owners;
+  for (QAction* action : window.findChildren<QAction*>()) {
+    for (const QKeySequence& key : action->shortcuts()) {
+      const auto [it, added] = owners.emplace(key.toString(), action->text());
+      EXPECT_TRUE(added) << key.toString().toStdString() << " is on " << it->second.toStdString() << " and "
+                         << action->text().toStdString();
+    }
+  }
 }
 
 TEST_F(WorkspaceCommandsTest, BareKeysActOnTheWindowButNotInATextField) {
