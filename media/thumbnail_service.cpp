@@ -1,6 +1,8 @@
 #include "media/thumbnail_service.hpp"
 
+#include <QGuiApplication>
 #include <QImageReader>
+#include <QScreen>
 #include <QString>
 #include <QTransform>
 #include <algorithm>
@@ -97,5 +99,68 @@ int ThumbnailService::addObserver(std::function<void(const core::Uuid&)> observe
 }
 
 void ThumbnailService::removeObserver(int token) { posters_.removeObserver(token); }
+
+// ------------------------------------------------------------ FileThumbnailService
+
+namespace {
+
+double mainScreenScale() {
+  if (qobject_cast<QGuiApplication*>(QCoreApplication::instance()) != nullptr) {
+    if (const QScreen* screen = QGuiApplication::primaryScreen()) return screen->devicePixelRatio();
+  }
+  return 2;
+}
+
+}  // namespace
+
+std::optional<QImage> FileThumbnailService::defaultFileThumbnail(const std::filesystem::path& file, int pixels) {
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(file, error)) return std::nullopt;
+  if (QImageReader(QString::fromStdString(file.string())).canRead()) return makeStillThumbnail(file, pixels);
+  return makeVideoFrameImage(file, core::OVTime::zero, pixels);
+}
+
+FileThumbnailService::FileThumbnailService(MainThreadPost post, double screenScale, FileThumbnailMaker maker)
+    : post_(std::move(post)), maker_(std::move(maker)), state_(std::make_shared<State>()) {
+  double scale = screenScale > 0 && std::isfinite(screenScale) ? screenScale : mainScreenScale();
+  scale = std::clamp(scale, 1.0, 8.0);
+  pixels_ = static_cast<int>(std::lround(pointSize * scale));
+}
+
+FileThumbnailService::~FileThumbnailService() = default;
+
+void FileThumbnailService::request(const std::filesystem::path& file) {
+  const std::string key = file.string();
+  if (state_->cache.contains(key) || state_->inFlight.contains(key)) return;
+  state_->inFlight.insert(key);
+  worker_.post([this, key, file, post = post_, weak = std::weak_ptr<State>(state_)] {
+    std::optional<QImage> image = maker_(file, pixels_);
+    post([weak, key, image = std::move(image)]() mutable {
+      const auto state = weak.lock();
+      if (!state) return;
+      state->inFlight.erase(key);
+      if (!image || image->isNull()) return;
+      state->cache[key] = std::move(*image);
+      state->observers.notify(key);
+    });
+  });
+}
+
+const std::unordered_map<std::string, QImage>& FileThumbnailService::cache() const { return state_->cache; }
+
+const QImage* FileThumbnailService::thumbnail(const std::filesystem::path& file) const {
+  const auto it = state_->cache.find(file.string());
+  return it == state_->cache.end() ? nullptr : &it->second;
+}
+
+bool FileThumbnailService::isInFlight(const std::filesystem::path& file) const {
+  return state_->inFlight.contains(file.string());
+}
+
+int FileThumbnailService::addObserver(std::function<void(const std::string&)> observer) {
+  return state_->observers.add(std::move(observer));
+}
+
+void FileThumbnailService::removeObserver(int token) { state_->observers.remove(token); }
 
 }  // namespace orvane::media

@@ -16,7 +16,9 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "core/media_asset.hpp"
 #include "core/ov_time.hpp"
@@ -67,6 +69,57 @@ class ThumbnailService {
  private:
   PosterMaker maker_;
   AssetResults<QImage> posters_;
+};
+
+// Thumbnails of files on disk for the file browser, before they are in the
+// project: 64 × 64 points at the main screen's scale (2 without a screen),
+// by path. A still image is scaled down upright, a video shows its first
+// frame; other files get none, and a failure stores nothing, so the next
+// request tries again.
+//
+// request, cache and inFlight belong to the main thread; the pictures are
+// made on one background thread and come back through the MainThreadPost.
+class FileThumbnailService {
+ public:
+  static constexpr int pointSize = 64;
+
+  // Makes the thumbnail of the file fitted into pixels × pixels; none when
+  // the file is neither a picture nor a video. Runs on the service's thread.
+  using FileThumbnailMaker = std::function<std::optional<QImage>(const std::filesystem::path& file, int pixels)>;
+
+  // screenScale: the main screen's device pixel ratio; 0 asks the running
+  // application for it (main thread), 2 when there is no screen.
+  explicit FileThumbnailService(MainThreadPost post, double screenScale = 0,
+                                FileThumbnailMaker maker = defaultFileThumbnail);
+  ~FileThumbnailService();
+
+  // Asks for the file's thumbnail; it appears in cache() later. Nothing
+  // when it is there or on its way.
+  void request(const std::filesystem::path& file);
+
+  const std::unordered_map<std::string, QImage>& cache() const;
+  const QImage* thumbnail(const std::filesystem::path& file) const;
+  bool isInFlight(const std::filesystem::path& file) const;
+  // The side of a thumbnail in pixels: pointSize at the screen's scale.
+  int pixelSize() const { return pixels_; }
+
+  int addObserver(std::function<void(const std::string&)> observer);
+  void removeObserver(int token);
+
+  static std::optional<QImage> defaultFileThumbnail(const std::filesystem::path& file, int pixels);
+
+ private:
+  struct State {
+    std::unordered_map<std::string, QImage> cache;
+    std::unordered_set<std::string> inFlight;
+    ChangeObservers<std::string> observers;
+  };
+
+  MainThreadPost post_;
+  FileThumbnailMaker maker_;
+  int pixels_;
+  std::shared_ptr<State> state_;  // main thread; posted results hold it weakly
+  SerialWorker worker_;           // last: stops before the rest goes
 };
 
 }  // namespace orvane::media

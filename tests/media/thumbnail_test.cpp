@@ -161,5 +161,43 @@ TEST(ClipFrameServiceTest, OneMakerPerKeyAndFirstInFirstOut) {
   EXPECT_EQ(service.order().size(), 240u);
 }
 
+TEST(FileThumbnailServiceTest, PicturesAndVideosAtTheScreensScale) {
+  testing::TempFolder folder;
+  ASSERT_EQ(testing::writeVideoClip(folder / "clip.mp4", {}), "");
+  ASSERT_EQ(testing::writeJpegWithOrientation(folder / "photo.jpg", 480, 300, 6), "");
+  MainQueue main;
+  FileThumbnailService service(main.poster());  // no application: a scale of 2
+  ASSERT_EQ(service.pixelSize(), 128);
+  service.request(folder / "clip.mp4");
+  service.request(folder / "photo.jpg");
+  ASSERT_TRUE(main.drainUntil([&] { return service.cache().size() == 2; }));
+  EXPECT_EQ(service.thumbnail(folder / "clip.mp4")->size(), QSize(128, 96));
+  EXPECT_EQ(frameNumberOf(*service.thumbnail(folder / "clip.mp4")), 0);
+  EXPECT_EQ(service.thumbnail(folder / "photo.jpg")->size(), QSize(80, 128));  // stood up
+  EXPECT_EQ(FileThumbnailService(main.poster(), 1).pixelSize(), 64);
+}
+
+TEST(FileThumbnailServiceTest, FailuresStoreNothingAndTheNextRequestTriesAgain) {
+  testing::TempFolder folder;
+  ASSERT_EQ(testing::writeBytes(folder / "notes.txt", "neither picture nor video"), "");
+  std::atomic<int> made = 0;
+  MainQueue main;
+  FileThumbnailService service(main.poster(), 2, [&](const std::filesystem::path& file, int pixels) {
+    ++made;
+    return FileThumbnailService::defaultFileThumbnail(file, pixels);
+  });
+  for (const auto& file : {folder / "notes.txt", folder / "missing.png", folder.path()}) {
+    service.request(file);
+    service.request(file);  // in flight: no second maker
+    ASSERT_TRUE(main.drainUntil([&] { return !service.isInFlight(file); }));
+    EXPECT_EQ(service.thumbnail(file), nullptr);
+  }
+  EXPECT_EQ(made.load(), 3);
+  service.request(folder / "notes.txt");
+  ASSERT_TRUE(main.drainUntil([&] { return !service.isInFlight(folder / "notes.txt"); }));
+  EXPECT_EQ(made.load(), 4);
+  EXPECT_TRUE(service.cache().empty());
+}
+
 }  // namespace
 }  // namespace orvane::media
