@@ -6,6 +6,7 @@
 #include <string>
 
 #include "app/pending_new_project.hpp"
+#include "app/self_test.hpp"
 #include "core/build_info.hpp"
 #include "core/log.hpp"
 #include "document/media_access.hpp"
@@ -55,7 +56,7 @@ void AppDelegate::launch(const std::vector<std::filesystem::path>& files) {
   }
   for (const auto& file : files) documents_->openDocumentReportingErrors(file);
   showWelcomeIfNoDocuments();
-  if (!records.empty()) {
+  if (!records.empty() && !selfTestAsked()) {
     QTimer::singleShot(0, &lifetime_, [this, records] { offerRecovery(records); });
   }
 }

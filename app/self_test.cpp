@@ -41,9 +41,14 @@ void addTextLayer(AppDelegate& delegate, const QString& path) {
 
 }  // namespace
 
-void scheduleSelfTestIfAsked(AppDelegate& delegate) {
+bool selfTestAsked() {
   const char* target = std::getenv("ORVANE_SELFTEST_WORKSPACE");
-  if (target == nullptr || *target == '\0') return;
+  return target != nullptr && *target != '\0';
+}
+
+void scheduleSelfTestIfAsked(AppDelegate& delegate) {
+  if (!selfTestAsked()) return;
+  const char* target = std::getenv("ORVANE_SELFTEST_WORKSPACE");
   const QString path = QString::fromLocal8Bit(target);
   QTimer::singleShot(1500ms, &delegate.watchdog(), [&delegate, path] {
     WelcomeWindow* welcome = delegate.welcome().window();

@@ -3,6 +3,7 @@
 
 #include <QAbstractButton>
 #include <QTest>
+#include <cstdlib>
 
 #include "app/recovery_dialog.hpp"
 #include "document/autosave_service.hpp"
@@ -96,6 +97,17 @@ TEST_F(RecoveryTest, DecideLaterKeepsTheSnapshotAndOpensNothing) {
   QTRY_COMPARE(dialogs.recoveryQuestions.size(), 1u);
   EXPECT_TRUE(app.documents().windows().empty());
   EXPECT_TRUE(app.welcome().isVisible());
+  app.autosave().waitUntilIdle();
+  EXPECT_TRUE(std::filesystem::exists(app.autosave().snapshotPath(snapshotID)));
+}
+
+TEST_F(RecoveryTest, ASelfTestLaunchAsksNothingAndKeepsTheSnapshot) {
+  crashWithProjectNamed("Checked");
+  setenv("ORVANE_SELFTEST_WORKSPACE", (folder() / "check.png").c_str(), 1);
+  AppDelegate& app = launched();
+  unsetenv("ORVANE_SELFTEST_WORKSPACE");
+  QCoreApplication::processEvents();
+  EXPECT_TRUE(dialogs.recoveryQuestions.empty());
   app.autosave().waitUntilIdle();
   EXPECT_TRUE(std::filesystem::exists(app.autosave().snapshotPath(snapshotID)));
 }
