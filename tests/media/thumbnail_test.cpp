@@ -166,7 +166,9 @@ TEST(FileThumbnailServiceTest, PicturesAndVideosAtTheScreensScale) {
   ASSERT_EQ(testing::writeVideoClip(folder / "clip.mp4", {}), "");
   ASSERT_EQ(testing::writeJpegWithOrientation(folder / "photo.jpg", 480, 300, 6), "");
   MainQueue main;
-  FileThumbnailService service(main.poster());  // no application: a scale of 2
+  // A screen of scale 2 (the program's own screen depends on which tests
+  // started the GUI runtime before this one).
+  FileThumbnailService service(main.poster(), 2);
   ASSERT_EQ(service.pixelSize(), 128);
   service.request(folder / "clip.mp4");
   service.request(folder / "photo.jpg");
