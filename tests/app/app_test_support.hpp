@@ -11,6 +11,7 @@
 #include <QCoreApplication>
 #include <QSettings>
 #include <QTemporaryDir>
+#include <QTest>
 #include <deque>
 #include <filesystem>
 #include <memory>
@@ -26,6 +27,18 @@
 inline void PrintTo(const QString& text, std::ostream* out) { *out << '"' << text.toStdString() << '"'; }
 
 namespace orvane::app::testing_support {
+
+// Runs the event loop until condition holds or two seconds have passed.
+// Qt's QTRY_ macros cannot be used here: under GoogleTest a failed one
+// returns from the test without reporting anything.
+template <typename Condition>
+bool eventually(Condition condition) {
+  for (int waited = 0; waited < 2000; waited += 10) {
+    if (condition()) return true;
+    QTest::qWait(10);
+  }
+  return condition();
+}
 
 struct ShownError {
   QString message;

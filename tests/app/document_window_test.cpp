@@ -13,6 +13,7 @@ namespace orvane::app {
 namespace {
 
 using testing_support::AppTest;
+using testing_support::eventually;
 
 class DocumentWindowTest : public AppTest {
  protected:
@@ -119,7 +120,7 @@ TEST_F(DocumentWindowTest, ClosingWithUnsavedChangesAsksFirst) {
   EXPECT_TRUE(window.close());
   EXPECT_TRUE(std::filesystem::exists(folder() / "closing.orvane"));
   EXPECT_TRUE(delegate().documents().windows().empty());
-  QTRY_VERIFY(watched.isNull());
+  EXPECT_TRUE(eventually([&] { return watched.isNull(); }));
 }
 
 TEST_F(DocumentWindowTest, DontSaveClosesWithoutWritingAndCleanWindowsCloseUnasked) {

@@ -13,6 +13,7 @@ namespace orvane::app {
 namespace {
 
 using testing_support::AppTest;
+using testing_support::eventually;
 
 // Stands in for the debounce timers of a session that never got to fire
 // them.
@@ -75,7 +76,7 @@ TEST_F(RecoveryTest, RecoverOpensACopyAndDropsTheSnapshot) {
   crashWithProjectNamed("Tour");
   dialogs.recoveryAnswer = document::RecoveryChoice::recover;
   AppDelegate& app = launched();
-  QTRY_COMPARE(dialogs.recoveryQuestions.size(), 1u);
+  ASSERT_TRUE(eventually([&] { return dialogs.recoveryQuestions.size() == 1u; }));
   ASSERT_EQ(dialogs.recoveryQuestions[0].size(), 1u);
   EXPECT_EQ(dialogs.recoveryQuestions[0][0].projectName, "Tour");
 
@@ -87,14 +88,14 @@ TEST_F(RecoveryTest, RecoverOpensACopyAndDropsTheSnapshot) {
   EXPECT_EQ(window.document().activeComposition()->layers.size(), 1u);
   app.autosave().waitUntilIdle();
   EXPECT_FALSE(std::filesystem::exists(app.autosave().snapshotPath(snapshotID)));
-  QTRY_VERIFY(!app.welcome().isVisible());
+  EXPECT_TRUE(eventually([&] { return !app.welcome().isVisible(); }));
 }
 
 TEST_F(RecoveryTest, DecideLaterKeepsTheSnapshotAndOpensNothing) {
   crashWithProjectNamed("Later");
   dialogs.recoveryAnswer = document::RecoveryChoice::decideLater;
   AppDelegate& app = launched();
-  QTRY_COMPARE(dialogs.recoveryQuestions.size(), 1u);
+  ASSERT_TRUE(eventually([&] { return dialogs.recoveryQuestions.size() == 1u; }));
   EXPECT_TRUE(app.documents().windows().empty());
   EXPECT_TRUE(app.welcome().isVisible());
   app.autosave().waitUntilIdle();

@@ -16,6 +16,7 @@ namespace orvane::app {
 namespace {
 
 using testing_support::AppTest;
+using testing_support::eventually;
 
 std::filesystem::path writeProject(const std::filesystem::path& path, const std::string& name, double width,
                                    double height) {
@@ -51,7 +52,7 @@ TEST_F(StartupTest, ChosenPresetAndModeMakeTheNewDocumentOnce) {
   EXPECT_EQ(composition->size, (core::OVSize{1280, 720}));
   EXPECT_EQ(composition->editingMode, core::EditingMode::sequence);
   EXPECT_FALSE(onlyWindow().hasUnsavedChanges());
-  QTRY_VERIFY(!app.welcome().isVisible());
+  EXPECT_TRUE(eventually([&] { return !app.welcome().isVisible(); }));
 
   // The choice is used up: File > New makes the default composition.
   EXPECT_FALSE(PendingNewProject::consume());
@@ -106,7 +107,7 @@ TEST_F(StartupTest, ClosingTheLastWindowBringsBackTheWelcomeWindow) {
   AppDelegate& app = launched();
   QTest::mouseClick(app.welcome().window()->presetButton(QStringLiteral("Square 1080")), Qt::LeftButton);
   choose(onlyWindow(), QStringLiteral("New"));
-  QTRY_VERIFY(!app.welcome().isVisible());
+  EXPECT_TRUE(eventually([&] { return !app.welcome().isVisible(); }));
 
   app.documents().windows()[0]->close();
   QTest::qWait(2 * static_cast<int>(AppDelegate::kWelcomeDelay.count()));
@@ -114,7 +115,7 @@ TEST_F(StartupTest, ClosingTheLastWindowBringsBackTheWelcomeWindow) {
 
   choose(onlyWindow(), QStringLiteral("Close"));
   EXPECT_TRUE(app.documents().windows().empty());
-  QTRY_VERIFY(app.welcome().isVisible());
+  EXPECT_TRUE(eventually([&] { return app.welcome().isVisible(); }));
 }
 
 TEST_F(StartupTest, RecentDocumentOpensFromTheWelcomeWindow) {
