@@ -143,7 +143,42 @@ TEST_F(DocumentWindowTest, QuitCancelledByOneWindowClosesNone) {
   choose(second, QStringLiteral("New Text Layer"));
   dialogs.saveAnswers = {SaveChangesAnswer::dontSave, SaveChangesAnswer::cancel};
   EXPECT_FALSE(delegate().quit());
+  EXPECT_EQ(dialogs.saveQuestions.size(), 2u) << "each unsaved window is asked";
   EXPECT_EQ(delegate().documents().windows().size(), 2u);
+
+  // Asked again, both let go: both close.
+  dialogs.saveAnswers = {SaveChangesAnswer::dontSave, SaveChangesAnswer::dontSave};
+  EXPECT_TRUE(delegate().quit());
+  EXPECT_EQ(dialogs.saveQuestions.size(), 4u);
+  EXPECT_TRUE(delegate().documents().windows().empty());
+}
+
+TEST_F(DocumentWindowTest, FailedSaveSaysWhyAndKeepsTheFileTheWindowAndItsChanges) {
+  DocumentWindow& window = newWindow();
+  choose(window, QStringLiteral("New Text Layer"));
+  const auto kept = folder() / "kept.orvane";
+  dialogs.saveLocation = kept;
+  choose(window, QStringLiteral("Save"));
+  const auto saved = document::ProjectCodec::read(kept);
+  ASSERT_TRUE(saved);
+
+  choose(window, QStringLiteral("New Solid Layer"));
+  dialogs.saveLocation = folder() / "no such folder" / "elsewhere.orvane";
+  choose(window, QStringLiteral("Save As\u2026"));
+  ASSERT_EQ(dialogs.errors.size(), 1u);
+  EXPECT_EQ(dialogs.errors[0].message, QStringLiteral("The document \u201Celsewhere.orvane\u201D could not be saved."));
+  EXPECT_TRUE(dialogs.errors[0].detail.startsWith(QStringLiteral("Could not save \"elsewhere.orvane\": ")))
+      << dialogs.errors[0].detail.toStdString();
+  EXPECT_EQ(window.windowTitle(), QStringLiteral("kept.orvane[*]"));
+  EXPECT_TRUE(window.isWindowModified());
+  EXPECT_EQ(document::ProjectCodec::read(kept)->activeComposition()->layers.size(), 1u);
+
+  // Save chosen at the close question, and the save fails: the window stays.
+  window.setFilePath(folder() / "no such folder" / "kept.orvane");
+  dialogs.saveAnswers = {SaveChangesAnswer::save};
+  EXPECT_FALSE(window.close());
+  EXPECT_EQ(dialogs.errors.size(), 2u);
+  EXPECT_EQ(delegate().documents().windows().size(), 1u);
 }
 
 TEST_F(DocumentWindowTest, SplitAtPlayheadCutsTheSelectionAndSaysWhenItCannot) {
