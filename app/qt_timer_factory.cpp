@@ -21,7 +21,13 @@ class QtOneShotTimer final : public document::OneShotTimer {
  public:
   explicit QtOneShotTimer(std::shared_ptr<TimerState> state) : state_(std::move(state)) {}
   ~QtOneShotTimer() override { cancel(); }
-  void cancel() override { state_->cancelled = true; }
+  // The callback goes at once: a drag restarts the autosave debounce at
+  // every tick, and each cancelled callback would otherwise keep its copy
+  // of the project alive until its timer runs out.
+  void cancel() override {
+    state_->cancelled = true;
+    state_->callback = nullptr;
+  }
 
  private:
   std::shared_ptr<TimerState> state_;
