@@ -50,6 +50,14 @@ TEST_F(StageViewTest, DrawsTheFrameAtTheViewsScaleWithTheTextCentred) {
   EXPECT_GT(brightPixels(frame, middle), 100);
   EXPECT_EQ(brightPixels(frame, QRect(0, 0, frame.width(), frame.height() / 4)), 0);
 
+  // A small view gets a small picture, not the 1920x1080 frame shrunk.
+  stage->resize(200, 150);
+  stage->updateFrame();
+  EXPECT_EQ(stage->lastFrame().width(), qRound(168 * dpr));
+  EXPECT_EQ(stage->lastFrame().height(), qRound(94.5 * dpr));
+  stage->resize(992, 572);
+  stage->updateFrame();
+
   // Hiding the layer from the list is an undoable edit, and the stage follows.
   window.layerList()->switchClicked(0, LayerListView::visibleColumn);
   stage->updateFrame();
