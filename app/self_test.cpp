@@ -42,13 +42,13 @@ void addTextLayer(AppDelegate& delegate, const QString& path) {
 }  // namespace
 
 bool selfTestAsked() {
-  const char* target = std::getenv("ORVANE_SELFTEST_WORKSPACE");
+  const char* target = std::getenv("OV_SELFTEST_WORKSPACE");
   return target != nullptr && *target != '\0';
 }
 
 void scheduleSelfTestIfAsked(AppDelegate& delegate) {
   if (!selfTestAsked()) return;
-  const char* target = std::getenv("ORVANE_SELFTEST_WORKSPACE");
+  const char* target = std::getenv("OV_SELFTEST_WORKSPACE");
   const QString path = QString::fromLocal8Bit(target);
   QTimer::singleShot(1500ms, &delegate.watchdog(), [&delegate, path] {
     WelcomeWindow* welcome = delegate.welcome().window();

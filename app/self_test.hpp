@@ -1,6 +1,6 @@
 #pragma once
 // A built-in check of the workspace without a person at the screen: with
-// ORVANE_SELFTEST_WORKSPACE set to a PNG path, 1.5 seconds after launch the
+// OV_SELFTEST_WORKSPACE set to a PNG path, 1.5 seconds after launch the
 // program picks "Full HD 1080p" on the welcome window, adds a text layer
 // through the Layer menu, writes a picture of the document window to that
 // path and quits. Main thread. A launch with the self-test asked for puts

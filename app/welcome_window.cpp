@@ -178,10 +178,10 @@ void WelcomePresenter::close() {
 
 bool WelcomePresenter::isVisible() const { return window_ != nullptr && window_->isVisible(); }
 
-// ORVANE_WELCOME_SNAPSHOT=1 writes the window's content as welcome.png in the
+// OV_WELCOME_SNAPSHOT=1 writes the window's content as welcome.png in the
 // working folder, for looking at the layout without a screen.
 void WelcomePresenter::writeSnapshotIfAsked() {
-  const char* flag = std::getenv("ORVANE_WELCOME_SNAPSHOT");
+  const char* flag = std::getenv("OV_WELCOME_SNAPSHOT");
   if (snapshotWritten_ || flag == nullptr || std::string(flag) != "1") return;
   snapshotWritten_ = true;
   const QPixmap picture = window_->grab();

@@ -104,9 +104,9 @@ TEST_F(RecoveryTest, DecideLaterKeepsTheSnapshotAndOpensNothing) {
 
 TEST_F(RecoveryTest, ASelfTestLaunchAsksNothingAndKeepsTheSnapshot) {
   crashWithProjectNamed("Checked");
-  setenv("ORVANE_SELFTEST_WORKSPACE", (folder() / "check.png").c_str(), 1);
+  setenv("OV_SELFTEST_WORKSPACE", (folder() / "check.png").c_str(), 1);
   AppDelegate& app = launched();
-  unsetenv("ORVANE_SELFTEST_WORKSPACE");
+  unsetenv("OV_SELFTEST_WORKSPACE");
   QCoreApplication::processEvents();
   EXPECT_TRUE(dialogs.recoveryQuestions.empty());
   app.autosave().waitUntilIdle();
