@@ -111,7 +111,10 @@ QWidget* WelcomeWindow::makePresetColumn() {
       grid->addWidget(button, index / kPresetColumns, index % kPresetColumns);
       ++index;
     }
-    if (index == 0) continue;
+    if (index == 0) {  // a group without presets: the layout was never given a parent
+      delete grid;
+      continue;
+    }
     presetLayout->addWidget(heading(text(core::displayName(group)), 1));
     presetLayout->addLayout(grid);
   }
