@@ -68,7 +68,10 @@ const std::filesystem::path& sequentialClip() {
   return path;
 }
 
-void BM_VideoDecoderSequential(benchmark::State& state) {
+// Reads every frame of the sequential clip through one decoder, each with
+// readFrame(decoder, time), which gives the frame (or nothing) to keep alive.
+template <typename ReadFrame>
+void decodeSequentialClip(benchmark::State& state, ReadFrame readFrame) {
   const auto& path = sequentialClip();
   for (auto _ : state) {
     auto decoder = media::VideoDecoder::open(path);
@@ -77,38 +80,28 @@ void BM_VideoDecoderSequential(benchmark::State& state) {
       return;
     }
     for (int n = 0; n < kSequentialFrames; ++n) {
-      auto frame = (*decoder)->frameAt(FrameRate::fps30.timeForFrame(n));
+      auto frame = readFrame(**decoder, FrameRate::fps30.timeForFrame(n));
       if (!frame) {
         state.SkipWithError("decode failed");
         return;
       }
-      benchmark::DoNotOptimize(frame->image.buffer());
+      benchmark::DoNotOptimize(frame);
     }
   }
   state.SetItemsProcessed(state.iterations() * kSequentialFrames);
+}
+
+void BM_VideoDecoderSequential(benchmark::State& state) {
+  decodeSequentialClip(state, [](media::VideoDecoder& decoder, const core::OVTime& t) { return decoder.frameAt(t); });
 }
 BENCHMARK(BM_VideoDecoderSequential)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(3);
 
 // The same reader to 8-bit BGRA (as previews and thumbnails take it): the
 // cost of the reader itself, without the renderer's float pictures.
 void BM_VideoDecoderSequentialBgra(benchmark::State& state) {
-  const auto& path = sequentialClip();
-  for (auto _ : state) {
-    auto decoder = media::VideoDecoder::open(path);
-    if (!decoder) {
-      state.SkipWithError("open failed");
-      return;
-    }
-    for (int n = 0; n < kSequentialFrames; ++n) {
-      auto frame = (*decoder)->bgraFrameAt(FrameRate::fps30.timeForFrame(n), 1920, 1080);
-      if (!frame) {
-        state.SkipWithError("decode failed");
-        return;
-      }
-      benchmark::DoNotOptimize(frame->pixels.data());
-    }
-  }
-  state.SetItemsProcessed(state.iterations() * kSequentialFrames);
+  decodeSequentialClip(state, [](media::VideoDecoder& decoder, const core::OVTime& t) {
+    return decoder.bgraFrameAt(t, 1920, 1080);
+  });
 }
 BENCHMARK(BM_VideoDecoderSequentialBgra)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(3);
 

@@ -16,7 +16,6 @@ namespace orvane::media {
 
 namespace {
 
-constexpr std::chrono::seconds kOperationTimeLimit{10};
 // A read this far ahead of what is decoded decodes on instead of seeking.
 constexpr double kForwardSeconds = 1.0;
 
@@ -93,7 +92,7 @@ void AudioDecoder::State::append(const std::uint8_t** data, int count) {
 // Decodes one more frame into the fifo; false at the end of the stream.
 bool AudioDecoder::State::decodeMore() {
   if (endOfStream) return false;
-  file.deadline->extend(kOperationTimeLimit);
+  file.deadline->extend();
   if (ffmpeg::receiveFrame(*file.format, *codec, streamIndex, *packet, *frame, flushed)) {
     // The format of a stream may change midway; the resampler follows.
     const bool changed = frame->sample_rate != codec->sample_rate || frame->format != codec->sample_fmt;
@@ -122,7 +121,7 @@ bool AudioDecoder::State::decodeMore() {
 
 bool AudioDecoder::State::seekTo(std::int64_t position) {
   ++seeks;
-  file.deadline->extend(kOperationTimeLimit);
+  file.deadline->extend();
   // A little early, so that the decoder has settled by the time asked for.
   const double seconds = std::max(0.0, static_cast<double>(position) / output.sampleRate - 0.1);
   const std::int64_t ts = origin + static_cast<std::int64_t>(seconds / av_q2d(stream->time_base));

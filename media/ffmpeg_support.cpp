@@ -15,7 +15,6 @@ namespace orvane::media::ffmpeg {
 
 namespace {
 
-constexpr std::chrono::seconds kOpenTimeLimit{10};
 // Packets the codec may refuse in a row before the stream counts as broken.
 constexpr int kMaxRefusedPackets = 64;
 
@@ -51,7 +50,7 @@ std::expected<OpenedFile, MediaError> openFile(const std::filesystem::path& path
   if (!document::isReadableFile(path)) return std::unexpected(MediaError::missingFile);
   OpenedFile file;
   file.deadline = std::make_unique<Deadline>();
-  file.deadline->extend(kOpenTimeLimit);
+  file.deadline->extend();
   AVFormatContext* raw = avformat_alloc_context();
   if (!raw) return std::unexpected(MediaError::outOfMemory);
   raw->interrupt_callback.callback = interruptWhenLate;

@@ -44,8 +44,10 @@ using PacketPtr = std::unique_ptr<AVPacket, PacketCloser>;
 // I/O gives up, so a reader fails instead of hanging. The deadline is moved
 // on before each operation.
 struct Deadline {
+  // How long one open, seek or read may take before it counts as hung.
+  static constexpr std::chrono::seconds operationLimit{10};
   std::chrono::steady_clock::time_point until;
-  void extend(std::chrono::milliseconds span) { until = std::chrono::steady_clock::now() + span; }
+  void extend() { until = std::chrono::steady_clock::now() + operationLimit; }
 };
 
 // An opened container with its stream facts read.

@@ -13,7 +13,6 @@ namespace orvane::media {
 
 namespace {
 
-constexpr std::chrono::seconds kOperationTimeLimit{10};
 // Without an index, a jump shorter than this decodes on instead of seeking.
 constexpr double kForwardWithoutIndexSeconds = 2.0;
 // A jump of up to this many frames decodes on: cheaper than a seek, which
@@ -61,7 +60,7 @@ struct VideoDecoder::State {
 
 bool VideoDecoder::State::decodeInto(AVFrame* frame, std::int64_t previousTicks, std::int64_t& ticks) {
   if (endOfStream) return false;
-  file.deadline->extend(kOperationTimeLimit);
+  file.deadline->extend();
   if (ffmpeg::receiveFrame(*file.format, *codec, streamIndex, *packet, *frame, flushed)) {
     ++decoded;
     const std::int64_t pts = frame->best_effort_timestamp;
@@ -93,7 +92,7 @@ bool VideoDecoder::State::seekTo(std::int64_t target) {
   std::int64_t backoff = std::max<std::int64_t>(1, av_rescale_q(1, AVRational{1, 1}, stream->time_base));
   for (int attempt = 0;; ++attempt) {
     ++seeks;
-    file.deadline->extend(kOperationTimeLimit);
+    file.deadline->extend();
     const std::int64_t ts = origin + seekTicks;
     AVFormatContext* format = file.format.get();
     if (avformat_seek_file(format, streamIndex, INT64_MIN, ts, ts, 0) < 0 &&
