@@ -9,6 +9,7 @@
 #include "render/frame_compositor.hpp"
 #include "render/render_plan.hpp"
 #include "render/rgba8.hpp"
+#include "surfaces/viewer_geometry.hpp"
 
 namespace orvane::app {
 
@@ -27,11 +28,11 @@ StageView::StageView(std::shared_ptr<const document::ProjectDocument> document, 
 }
 
 double StageView::fitScale(const core::OVSize& size, QSize area) {
-  const double width = area.width() - 2.0 * kMargin;
-  const double height = area.height() - 2.0 * kMargin;
-  if (!(size.width > 0) || !(size.height > 0) || width <= 0 || height <= 0) return 0;
-  const double scale = std::min(width / size.width, height / size.height);
-  return std::isfinite(scale) ? scale : 0;
+  const core::OVSize view{area.width() - 2.0 * kMargin, area.height() - 2.0 * kMargin};
+  const auto drawable = [](double length) { return std::isfinite(length) && length > 0; };
+  // No room, or nothing to show: no picture rather than a picture at scale 1.
+  if (!drawable(view.width) || !drawable(view.height) || !drawable(size.width) || !drawable(size.height)) return 0;
+  return surfaces::ViewerGeometry::fitScale(view, size);
 }
 
 QRectF StageView::compositionRect() const {
