@@ -5,6 +5,7 @@
 #include <cmath>
 #include <vector>
 
+#include "core/layer_placement.hpp"
 #include "render/draw_layer.hpp"
 #include "render/generated_image_factory.hpp"
 #include "render/image_ops.hpp"
@@ -343,12 +344,7 @@ std::optional<GeneratedImage> FrameCompositor::sourceImage(const Layer& layer, c
 
 Affine2D FrameCompositor::placementTransform(const Layer& layer, const Composition& composition, const OVTime& t,
                                              const OVSize& layerSize, double scale) {
-  Affine2D m = layer.transform.affineTransformAt(t, layerSize);
-  if (layer.parentLayerID) {
-    for (const Layer* parent : composition.parentChainFor(layer.id)) {
-      m = Affine2D::concatenating(m, parent->transform.pivotTransformAt(t));
-    }
-  }
+  Affine2D m = core::layerPlacement(layer, composition, t, layerSize);
   if (scale != 1.0) m = Affine2D::concatenating(m, Affine2D::makeScale(scale, scale));
   return m;
 }

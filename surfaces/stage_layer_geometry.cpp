@@ -1,24 +1,15 @@
 #include "surfaces/stage_layer_geometry.hpp"
 
-namespace orvane::surfaces {
+#include "core/layer_placement.hpp"
 
-core::Affine2D stagePlacement(const core::Layer& layer, const core::Composition& composition, const core::OVTime& t,
-                              const core::OVSize& layerSize) {
-  core::Affine2D m = layer.transform.affineTransformAt(t, layerSize);
-  if (layer.parentLayerID) {
-    for (const core::Layer* parent : composition.parentChainFor(layer.id)) {
-      m = core::Affine2D::concatenating(m, parent->transform.pivotTransformAt(t));
-    }
-  }
-  return m;
-}
+namespace orvane::surfaces {
 
 std::optional<SmartGuides::Box> layerBox(const core::Layer& layer, const core::Composition& composition,
                                          const core::OVProject& project, const core::OVTime& t,
                                          const core::TextMeasure& measure) {
   const auto size = core::LayerBounds::sizeOf(layer, project, measure);
   if (!size) return std::nullopt;
-  return SmartGuides::Box::from(core::mappedBounds(*size, stagePlacement(layer, composition, t, *size)));
+  return SmartGuides::Box::from(core::mappedBounds(*size, core::layerPlacement(layer, composition, t, *size)));
 }
 
 std::vector<SmartGuides::Box> guideBoxes(const core::Composition& composition, const core::OVProject& project,
@@ -39,7 +30,7 @@ std::optional<std::array<core::OVPoint, 4>> layerCorners(const core::Layer& laye
                                                          const core::TextMeasure& measure) {
   const auto size = core::LayerBounds::sizeOf(layer, project, measure);
   if (!size) return std::nullopt;
-  return geometry.corners(*size, stagePlacement(layer, composition, t, *size));
+  return geometry.corners(*size, core::layerPlacement(layer, composition, t, *size));
 }
 
 std::optional<core::Uuid> layerAt(const core::OVPoint& viewPoint, const core::Composition& composition,

@@ -21,12 +21,6 @@
 
 namespace orvane::surfaces {
 
-// Layer space to composition units at t: the layer's own transform, then
-// its parents' pivot transforms nearest first; the frame compositor places
-// the picture the same way, so what is hit is what is drawn.
-core::Affine2D stagePlacement(const core::Layer& layer, const core::Composition& composition, const core::OVTime& t,
-                              const core::OVSize& layerSize);
-
 // The box around the layer's placed rectangle at t; none for a layer
 // without a natural size.
 std::optional<SmartGuides::Box> layerBox(const core::Layer& layer, const core::Composition& composition,
