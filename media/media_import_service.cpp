@@ -1,18 +1,14 @@
 #include "media/media_import_service.hpp"
 
-#include <QImageIOHandler>
-#include <QImageReader>
 #include <QMimeDatabase>
 #include <QString>
 #include <algorithm>
 #include <cctype>
-#include <fstream>
 
 #include "core/composition_preset.hpp"
 #include "document/media_access.hpp"
 #include "media/media_probe.hpp"
 #include "render/still_image_loader.hpp"
-#include "render/vector_image_rasterizer.hpp"
 
 namespace orvane::media {
 
@@ -28,37 +24,12 @@ std::string lowerExtension(const std::filesystem::path& path) {
   return ext;
 }
 
-bool startsWithPdfSignature(const std::filesystem::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  char head[4] = {};
-  return file.read(head, 4) && std::string_view(head, 4) == "%PDF";
-}
-
 MediaImportError failure(Kind kind, const std::filesystem::path& path) {
   return {kind, path.filename().string()};
 }
 
-// The natural size of a still: the vector file's own size, else the pixel
-// size with the EXIF orientation applied.
-std::optional<core::OVSize> stillSize(const std::filesystem::path& path) {
-  const std::string text = path.string();
-  if (render::VectorImageRasterizer::isVector(text)) return render::VectorImageRasterizer::intrinsicSize(text);
-  if (lowerExtension(path) == "pdf" || startsWithPdfSignature(path)) {
-    const std::optional<render::Image> page = render::loadStillImage(text);
-    if (!page || page->isEmpty()) return std::nullopt;
-    return core::OVSize{static_cast<double>(page->extent().width), static_cast<double>(page->extent().height)};
-  }
-  QImageReader reader(QString::fromStdString(text));
-  reader.setAutoTransform(true);
-  const QSize size = reader.size();
-  if (!size.isValid()) return std::nullopt;
-  // Orientations 5 to 8 turn the picture a quarter.
-  if (reader.transformation() & QImageIOHandler::TransformationRotate90) return core::OVSize{double(size.height()), double(size.width())};
-  return core::OVSize{double(size.width()), double(size.height())};
-}
-
 std::expected<void, MediaImportError> importImage(const std::filesystem::path& path, core::MediaAsset& asset) {
-  const std::optional<core::OVSize> size = stillSize(path);
+  const std::optional<core::OVSize> size = render::stillImageSize(path.string());
   if (!size || !(size->width > 0) || !(size->height > 0)) return std::unexpected(failure(Kind::unreadable, path));
   asset.naturalSize = *size;
   asset.duration = core::ProjectDefaults::stillDuration;

@@ -4,6 +4,7 @@
 #include <QFile>
 #include <QImageReader>
 #include <mutex>
+#include <utility>
 #include <poppler-qt6.h>
 
 #include "render/qimage_bridge.hpp"
@@ -25,8 +26,11 @@ bool looksLikePdf(const QString& path) {
 }
 
 // Poppler keeps process-wide state (its global parameters) while documents
-// live; one document at a time keeps it out of harm's way.
-std::optional<QImage> firstPdfPage(const QString& path) {
+// live; one document at a time keeps it out of harm's way. Calls use with
+// the document's first page and its size in points (one pixel a point),
+// when the page is there and its size is usable.
+template <typename Use>
+auto withFirstPdfPage(const QString& path, Use use) -> decltype(use(std::declval<Poppler::Page&>(), QSizeF())) {
   static std::mutex popplerMutex;
   std::lock_guard lock(popplerMutex);
   const std::unique_ptr<Poppler::Document> document = Poppler::Document::load(path);
@@ -40,9 +44,15 @@ std::optional<QImage> firstPdfPage(const QString& path) {
   if (!(points.width() > 0) || !(points.height() > 0) || !withinSideLimit(points.width(), points.height())) {
     return std::nullopt;
   }
-  QImage image = page->renderToImage(72.0, 72.0);
-  if (image.isNull()) return std::nullopt;
-  return image;
+  return use(*page, points);
+}
+
+std::optional<QImage> firstPdfPage(const QString& path) {
+  return withFirstPdfPage(path, [](Poppler::Page& page, QSizeF) -> std::optional<QImage> {
+    QImage image = page.renderToImage(72.0, 72.0);
+    if (image.isNull()) return std::nullopt;
+    return image;
+  });
 }
 
 std::optional<QImage> readRaster(const QString& path, bool applyOrientation) {
@@ -76,6 +86,25 @@ std::optional<Image> loadStillImage(const std::string& path) {
     decoded->convertToColorSpace(QColorSpace(QColorSpace::SRgb));
   }
   return imageFromBitmap(*decoded);
+}
+
+std::optional<core::OVSize> stillImageSize(const std::string& path) {
+  if (VectorImageRasterizer::isVector(path)) return VectorImageRasterizer::intrinsicSize(path);
+  const QString file = QString::fromStdString(path);
+  if (looksLikePdf(file)) {
+    return withFirstPdfPage(file, [](Poppler::Page&, QSizeF points) -> std::optional<core::OVSize> {
+      return core::OVSize{points.width(), points.height()};
+    });
+  }
+  QImageReader reader(file);
+  reader.setAutoTransform(true);
+  const QSize size = reader.size();
+  if (!size.isValid() || size.isEmpty()) return std::nullopt;
+  // Orientations 5 to 8 turn the picture a quarter.
+  if (reader.transformation() & QImageIOHandler::TransformationRotate90) {
+    return core::OVSize{double(size.height()), double(size.width())};
+  }
+  return core::OVSize{double(size.width()), double(size.height())};
 }
 
 }  // namespace orvane::render

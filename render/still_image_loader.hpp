@@ -13,6 +13,7 @@
 #include <optional>
 #include <string>
 
+#include "core/geometry.hpp"
 #include "render/image.hpp"
 
 namespace orvane::render {
@@ -20,5 +21,10 @@ namespace orvane::render {
 // The picture at path with its extent at the origin; none when the file is
 // missing, can't be decoded or is too large.
 std::optional<Image> loadStillImage(const std::string& path);
+
+// The size loadStillImage's picture would have, read from the file's header
+// (a vector file's own size, a PDF page in points, a raster with its
+// orientation applied) without decoding it; none when it can't be told.
+std::optional<core::OVSize> stillImageSize(const std::string& path);
 
 }  // namespace orvane::render
