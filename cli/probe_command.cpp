@@ -53,7 +53,7 @@ void addProbeCommand(CLI::App& app) {
   CLI::App* command = app.add_subcommand("probe", "Show what importing a media file would record");
   command->add_option("FILE", *file, "The media file to read")->required();
   command->callback([file] {
-    // PDF pages and SVG files are measured by drawing them.
+    // Stills are measured through Qt Gui (SVG through its renderer).
     render::ensureGuiRuntime();
     auto asset = media::MediaImportService::importAsset(*file);
     if (!asset) throw CommandFailure(asset.error().message());
