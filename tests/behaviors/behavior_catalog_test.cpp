@@ -140,7 +140,9 @@ TEST(BehaviorCatalogTest, HoldsTheSixtyFiveRowsInCategoryOrderWithUniqueIds) {
     ids.insert(all[i].id);
     // The id starts with the category's raw name.
     EXPECT_EQ(all[i].id.substr(0, all[i].id.find('.')), rawValue(all[i].category)) << all[i].id;
-    if (i > 0) EXPECT_LE(all[i - 1].category, all[i].category) << all[i].id;
+    if (i > 0) {
+      EXPECT_LE(all[i - 1].category, all[i].category) << all[i].id;
+    }
     EXPECT_FALSE(all[i].name.empty());
     EXPECT_FALSE(all[i].summary.empty());
     EXPECT_FALSE(all[i].systemImage.empty());
