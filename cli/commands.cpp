@@ -3,13 +3,14 @@
 namespace orvane::cli {
 
 void addCommands(CLI::App& app) {
-  // TODO: export joins here once the export library it drives exists.
   addInfoCommand(app);
   addFrameCommand(app);
+  addExportCommand(app);
   addResaveCommand(app);
   addPackageCommand(app);
   addProbeCommand(app);
   addImportCommand(app);
+  addAssistCommand(app);
 }
 
 }  // namespace orvane::cli

@@ -42,5 +42,7 @@ void addResaveCommand(CLI::App& app);
 void addPackageCommand(CLI::App& app);
 void addProbeCommand(CLI::App& app);
 void addImportCommand(CLI::App& app);
+void addExportCommand(CLI::App& app);
+void addAssistCommand(CLI::App& app);
 
 }  // namespace orvane::cli
