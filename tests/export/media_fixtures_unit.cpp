@@ -1,0 +1,2 @@
+// The media tests' file writers, built into the export tests as well.
+#include "tests/media/media_fixtures.cpp"
