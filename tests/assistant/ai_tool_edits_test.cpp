@@ -1,6 +1,8 @@
 // The tools that edit existing layers: names, timing, transform constants,
 // text, blend modes, effects and their parameters, keyframes, behaviors.
 
+#include <cctype>
+
 #include "core/effect_catalog.hpp"
 #include "tests/assistant/ai_tool_test_support.hpp"
 

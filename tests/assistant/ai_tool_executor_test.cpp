@@ -1,6 +1,8 @@
 // The executor's dispatch, the composition tools, the add-layer tools with
 // the turn's layer limit, deleting and selecting.
 
+#include <nlohmann/json.hpp>
+
 #include "tests/assistant/ai_tool_test_support.hpp"
 
 namespace orvane::assistant::testing_support {
@@ -294,6 +296,38 @@ TEST_F(AIToolExecutorTest, SelectLayersReplacesTheSelection) {
   EXPECT_TRUE(editor.selectedLayerIDs().empty());
   EXPECT_EQ(document.project(), was);
   EXPECT_EQ(fails("select_layers", R"({"layer_ids": ["x"]})"), "Invalid UUID in 'layer_ids'.");
+}
+
+}  // namespace
+}  // namespace orvane::assistant::testing_support
+
+namespace orvane::assistant::testing_support {
+namespace {
+
+// ------------------------------------------------- schema and dispatch
+
+// Every parameter of every tool set to one odd value at a time: each call
+// answers, none stops the program.
+TEST_F(AIToolExecutorTest, EveryToolOfTheSchemaIsDispatchedAndSurvivesOddValues) {
+  const Uuid existing = addSolid();
+  const std::vector<AIToolDefinition> tools = AIToolSchema::all();
+  ASSERT_EQ(tools.size(), 18u);
+  const std::vector<nlohmann::json> oddValues = {
+      nullptr, true, 0, -1, 1e308, -1e308, "1e308", "-0", "", "x", nlohmann::json::array(),
+      nlohmann::json::object(), nlohmann::json::array({existing.text(), "x"}), existing.text(),
+      nlohmann::json{{"r", "1e308"}, {"g", -1e308}, {"b", 0}, {"x", 1e308}, {"y", "nan"}}};
+  for (const AIToolDefinition& tool : tools) {
+    EXPECT_NE(call(tool.name, "{}").content, "Unknown tool '" + tool.name + "'.");
+    const nlohmann::json schema = nlohmann::json::parse(tool.parametersJSON);
+    for (const nlohmann::json& odd : oddValues) {
+      nlohmann::json arguments = nlohmann::json::object();
+      for (const auto& [name, property] : schema.at("properties").items()) arguments[name] = odd;
+      limits = {};
+      const AIToolResult r = call(tool.name, arguments.dump());
+      EXPECT_FALSE(r.content.empty()) << tool.name << " " << arguments.dump();
+    }
+  }
+  endTurnExpectingOneStep();
 }
 
 }  // namespace
