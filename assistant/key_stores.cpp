@@ -140,7 +140,9 @@ std::string withHomeAsTilde(const std::string& path) {
 
 // --- secret service ---
 
-constexpr std::chrono::milliseconds kProbeTimeout{5000};
+// Long enough for the user to unlock the keyring at the prompt the probe may
+// raise; a service that does not exist fails at once.
+constexpr std::chrono::milliseconds kProbeTimeout{20000};
 // Unlocking a keyring may ask the user for a password; give them time.
 constexpr std::chrono::milliseconds kJobTimeout{60000};
 constexpr std::string_view kProbeAccount = "probe";
@@ -307,8 +309,19 @@ void SecretServiceKeyStore::remove(std::string_view service, std::string_view ac
 }
 
 bool SecretServiceKeyStore::answers() {
+  // A service that finds nothing may still be unable to keep anything (no
+  // keyring, and no prompt to create one), so only a stored and read-back
+  // probe entry counts; the entry holds nothing secret and goes again.
+  if (!onApplicationThread()) return false;
+  constexpr std::string_view kProbeValue = "orvane";
+  auto* writer = new QKeychain::WritePasswordJob(toQString(AIKeychain::service));
+  std::unique_ptr<QKeychain::Job> writeJob(writer);
+  writer->setKey(toQString(kProbeAccount));
+  writer->setBinaryData(QByteArray(kProbeValue.data(), static_cast<qsizetype>(kProbeValue.size())));
+  if (runJob(writeJob, kProbeTimeout) != QKeychain::NoError) return false;
   const ReadOutcome outcome = readSecret(AIKeychain::service, kProbeAccount, kProbeTimeout);
-  return outcome.error == QKeychain::NoError || outcome.error == QKeychain::EntryNotFound;
+  SecretServiceKeyStore().remove(AIKeychain::service, kProbeAccount);
+  return outcome.error == QKeychain::NoError && outcome.data == kProbeValue;
 }
 
 }  // namespace orvane::assistant

@@ -69,9 +69,9 @@ class SecretServiceKeyStore final : public KeyStore {
   void remove(std::string_view service, std::string_view account) override;
   std::string storeDescription() const override { return "System keyring"; }
 
-  // Whether a secret service answers now: a read of a probe entry that
-  // either finds it or reports it missing. False without a QCoreApplication
-  // or off its thread.
+  // Whether a secret service keeps secrets now: a probe entry is written,
+  // read back and removed. False without a QCoreApplication or off its
+  // thread.
   static bool answers();
 };
 
