@@ -95,27 +95,6 @@ std::optional<core::OVTimeRange> rangeOrFail(const std::string& text) {
 
 // --- Project -----------------------------------------------------------------
 
-const core::Composition& chosenComposition(const core::OVProject& project, const std::string& name) {
-  if (!name.empty()) {
-    for (const core::Composition& c : project.compositions) {
-      if (c.name == name) return c;
-    }
-    throw CommandFailure("The project has no composition named \"" + name + "\".");
-  }
-  if (const core::Composition* active = project.activeComposition()) return *active;
-  throw CommandFailure("The project has no composition to export.");
-}
-
-// Media named relative to a packaged project count from its folder.
-core::OVProject withResolvedMedia(core::OVProject project, const std::filesystem::path& path) {
-  if (!document::hasPackagedMedia(project)) return project;
-  if (auto resolved = document::resolvedPackagedMedia(project, document::packageFolderFor(path),
-                                                      document::MediaAccessManager::shared())) {
-    return std::move(*resolved);
-  }
-  return project;
-}
-
 ExportSettings settingsFor(const ExportOptions& options, const export_::ExportPreset& preset,
                            const core::Composition& composition) {
   ExportSettings settings = preset.settingsFor(composition);
@@ -269,7 +248,7 @@ void exportComposition(const ExportOptions& options) {
   codecOrFail(options.codec);
   rangeOrFail(options.range);
   const core::OVProject project = withResolvedMedia(readProjectOrFail(options.project), options.project);
-  const core::Composition& composition = chosenComposition(project, options.composition);
+  const core::Composition& composition = chosenComposition(project, options.composition, "export");
   if (composition.frameRate.numerator <= 0 || composition.frameRate.denominator <= 0) {
     throw CommandFailure("The composition \"" + composition.name + "\" has an invalid frame rate.");
   }

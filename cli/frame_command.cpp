@@ -38,28 +38,6 @@ struct FrameOptions {
   std::string output;
 };
 
-const core::Composition& chosenComposition(const core::OVProject& project, const std::string& name) {
-  if (!name.empty()) {
-    for (const core::Composition& c : project.compositions) {
-      if (c.name == name) return c;
-    }
-    throw CommandFailure("The project has no composition named \"" + name + "\".");
-  }
-  if (const core::Composition* active = project.activeComposition()) return *active;
-  if (!project.compositions.empty()) return project.compositions[0];
-  throw CommandFailure("The project has no composition to render.");
-}
-
-// Media named relative to a packaged project count from its folder.
-core::OVProject withResolvedMedia(core::OVProject project, const std::filesystem::path& path) {
-  if (!document::hasPackagedMedia(project)) return project;
-  if (auto resolved = document::resolvedPackagedMedia(project, document::packageFolderFor(path),
-                                                      document::MediaAccessManager::shared())) {
-    return std::move(*resolved);
-  }
-  return project;
-}
-
 void checkOptions(const FrameOptions& options) {
   if (!std::isfinite(options.seconds) || options.seconds < 0 || options.seconds > 1e9) {
     throw CommandFailure("The time must be a number of seconds from 0 on.", kExitUsage);
@@ -103,7 +81,7 @@ render::Image footageFrame(const core::Composition& composition, const core::OVP
 void renderFrame(const FrameOptions& options) {
   checkOptions(options);
   const core::OVProject project = withResolvedMedia(readProjectOrFail(options.project), options.project);
-  const core::Composition& composition = chosenComposition(project, options.composition);
+  const core::Composition& composition = chosenComposition(project, options.composition, "render");
   if (composition.frameRate.numerator <= 0 || composition.frameRate.denominator <= 0) {
     throw CommandFailure("The composition \"" + composition.name + "\" has an invalid frame rate.");
   }
