@@ -57,8 +57,11 @@ List headerList(const AIHeaders& headers) {
   // bodies, which some local servers never send.
   List list(curl_slist_append(nullptr, "Expect:"));
   for (const auto& [name, value] : headers) {
-    // "Name;" is libcurl's way to send a header with an empty value.
-    const std::string line = value.empty() ? name + ";" : name + ": " + value;
+    // "Name;" is libcurl's way to send a header with an empty value. Line
+    // breaks (say in a pasted key) would end the header early and smuggle
+    // the rest in as headers of its own, so they go.
+    std::string line = value.empty() ? name + ";" : name + ": " + value;
+    std::erase_if(line, [](char c) { return c == '\r' || c == '\n'; });
     if (curl_slist* grown = curl_slist_append(list.get(), line.c_str())) {
       (void)list.release();
       list.reset(grown);

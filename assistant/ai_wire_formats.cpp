@@ -76,11 +76,11 @@ bool withinDepth(const json& value, int limit) {
   return true;
 }
 
-std::expected<json, AIProviderError> parseReply(std::string_view bytes) {
+WireResult<json> parseReply(std::string_view bytes) {
   try {
     return json::parse(bytes);
   } catch (const json::exception& e) {
-    return std::unexpected(AIProviderError::json(e.what()));
+    return AIProviderError::json(e.what());
   }
 }
 
@@ -106,7 +106,9 @@ const json* objectList(const json& object, const char* key) {
   return list;
 }
 
-// A tool_use input written back as argument text; "{}" where it cannot be.
+// A tool_use input written back as argument text. Only an object or a list
+// is argument text; anything else, or nesting too deep to write again safely,
+// reads as "{}".
 std::string argumentsText(const json* input) {
   if (input == nullptr) return "{}";
   if (!input->is_structured() || !withinDepth(*input, kMaxJSONDepth)) return "{}";
@@ -233,11 +235,12 @@ json openAIRequestBody(const AICompletionRequest& request, std::string_view mode
   return body;
 }
 
-std::expected<AICompletionResponse, AIProviderError> readAnthropicReply(std::string_view bytes) {
-  auto parsed = parseReply(bytes);
-  if (!parsed) return std::unexpected(parsed.error());
-  const json* content = objectList(*parsed, "content");
-  if (content == nullptr) return std::unexpected(AIProviderError::decoding("Claude content missing"));
+WireResult<AICompletionResponse> anthropicReply(std::string_view bytes) {
+  auto reply = parseReply(bytes);
+  if (auto* failure = std::get_if<AIProviderError>(&reply)) return std::move(*failure);
+  const json& parsed = std::get<json>(reply);
+  const json* content = objectList(parsed, "content");
+  if (content == nullptr) return AIProviderError::decoding("Claude content missing");
 
   AICompletionResponse response;
   std::string text;
@@ -258,18 +261,19 @@ std::expected<AICompletionResponse, AIProviderError> readAnthropicReply(std::str
     }
   }
   response.text = nonEmpty(core::trimmed(text));
-  response.stopReason = stringMember(*parsed, "stop_reason");
+  response.stopReason = stringMember(parsed, "stop_reason");
   return response;
 }
 
-std::expected<AICompletionResponse, AIProviderError> readOpenAIReply(std::string_view bytes) {
-  auto parsed = parseReply(bytes);
-  if (!parsed) return std::unexpected(parsed.error());
-  const json* choices = member(*parsed, "choices");
+WireResult<AICompletionResponse> openAIReply(std::string_view bytes) {
+  auto reply = parseReply(bytes);
+  if (auto* failure = std::get_if<AIProviderError>(&reply)) return std::move(*failure);
+  const json& parsed = std::get<json>(reply);
+  const json* choices = member(parsed, "choices");
   const json* choice = choices != nullptr && choices->is_array() && !choices->empty() ? &(*choices)[0] : nullptr;
   const json* message = choice != nullptr ? member(*choice, "message") : nullptr;
   if (message == nullptr || !message->is_object())
-    return std::unexpected(AIProviderError::decoding("OpenAI choices missing"));
+    return AIProviderError::decoding("OpenAI choices missing");
 
   AICompletionResponse response;
   if (const auto content = stringMember(*message, "content")) response.text = core::trimmed(*content);
@@ -285,17 +289,18 @@ std::expected<AICompletionResponse, AIProviderError> readOpenAIReply(std::string
     }
   }
   if ((!response.text || response.text->empty()) && response.toolCalls.empty())
-    return std::unexpected(AIProviderError::emptyResponse());
+    return AIProviderError::emptyResponse();
   if (response.text && response.text->empty()) response.text.reset();
   response.stopReason = stringMember(*choice, "finish_reason");
   return response;
 }
 
-std::expected<std::vector<AIModelInfo>, AIProviderError> readAnthropicModels(std::string_view bytes) {
-  auto parsed = parseReply(bytes);
-  if (!parsed) return std::unexpected(parsed.error());
-  const json* data = objectList(*parsed, "data");
-  if (data == nullptr) return std::unexpected(AIProviderError::decoding("Claude models list missing"));
+WireResult<std::vector<AIModelInfo>> anthropicModels(std::string_view bytes) {
+  auto reply = parseReply(bytes);
+  if (auto* failure = std::get_if<AIProviderError>(&reply)) return std::move(*failure);
+  const json& parsed = std::get<json>(reply);
+  const json* data = objectList(parsed, "data");
+  if (data == nullptr) return AIProviderError::decoding("Claude models list missing");
   std::vector<AIModelInfo> models;
   for (const auto& element : *data) {
     auto id = stringMember(element, "id");
@@ -306,11 +311,12 @@ std::expected<std::vector<AIModelInfo>, AIProviderError> readAnthropicModels(std
   return models;
 }
 
-std::expected<std::vector<AIModelInfo>, AIProviderError> readOpenAIModels(std::string_view bytes) {
-  auto parsed = parseReply(bytes);
-  if (!parsed) return std::unexpected(parsed.error());
-  const json* data = objectList(*parsed, "data");
-  if (data == nullptr) return std::unexpected(AIProviderError::decoding("OpenAI models list missing"));
+WireResult<std::vector<AIModelInfo>> openAIModels(std::string_view bytes) {
+  auto reply = parseReply(bytes);
+  if (auto* failure = std::get_if<AIProviderError>(&reply)) return std::move(*failure);
+  const json& parsed = std::get<json>(reply);
+  const json* data = objectList(parsed, "data");
+  if (data == nullptr) return AIProviderError::decoding("OpenAI models list missing");
   std::vector<AIModelInfo> models;
   for (const auto& element : *data) {
     auto id = stringMember(element, "id");

@@ -104,6 +104,16 @@ TEST_F(ProviderClientTest, OpenAIRequestGoesToChatCompletionsWithBearerAndToolCh
   EXPECT_FALSE(body.contains("max_tokens"));
 }
 
+TEST_F(ProviderClientTest, ALineBreakInAKeyCannotAddHeaders) {
+  server.enqueueJSON({{"choices", {{{"message", {{"content", "hi"}}}}}}});
+  AIEndpoint endpoint = openAI();
+  endpoint.apiKey = "sk\r\nX-Injected: 1";
+  ASSERT_TRUE(AIProviderClient::complete(endpoint, kTitleRequest));
+  const RecordedRequest request = onlyRequest();
+  EXPECT_FALSE(request.header("X-Injected"));
+  EXPECT_EQ(request.header("Authorization"), "Bearer skX-Injected: 1");
+}
+
 TEST_F(ProviderClientTest, WithoutToolsNeitherToolsNorToolChoiceTravel) {
   server.enqueueJSON({{"content", json::array()}});
   server.enqueueJSON({{"choices", {{{"message", {{"content", "hi"}}}}}}});

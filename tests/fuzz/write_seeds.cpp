@@ -1,7 +1,8 @@
 // Writes a fuzzer's seed corpus. "project" (the default): projects as the
 // program saves them, from the test sample down to tiny ones, plus a few
 // damaged files. "clipboard": layer and keyframe payloads as copying writes
-// them, plus damaged and foreign ones.
+// them, plus damaged and foreign ones. "aireply": model replies and model
+// lists of both wire formats, plus damaged ones.
 
 #include <fstream>
 #include <iostream>
@@ -67,16 +68,42 @@ Seeds clipboardSeeds() {
   };
 }
 
+Seeds aiReplySeeds() {
+  return {
+      {"anthropic-text.json",
+       R"({"id":"msg_1","type":"message","role":"assistant","content":[{"type":"text","text":"Done."}],)"
+       R"("stop_reason":"end_turn"})"},
+      {"anthropic-tools.json",
+       R"({"content":[{"type":"text","text":"Adding a title."},{"type":"tool_use","id":"toolu_1",)"
+       R"("name":"add_text_layer","input":{"text":"Hello","position":{"x":960,"y":540}}},)"
+       R"({"type":"tool_use","id":"toolu_2","name":"list_layers"}],"stop_reason":"tool_use"})"},
+      {"openai-text.json",
+       R"({"id":"chatcmpl-1","object":"chat.completion","choices":[{"index":0,"message":{"role":"assistant",)"
+       R"("content":"Done."},"finish_reason":"stop"}]})"},
+      {"openai-tools.json",
+       R"({"choices":[{"message":{"role":"assistant","content":null,"tool_calls":[{"id":"call_1",)"
+       R"("type":"function","function":{"name":"set_opacity","arguments":"{"opacity":0.5}"}}]},)"
+       R"("finish_reason":"tool_calls"}]})"},
+      {"anthropic-models.json",
+       R"({"data":[{"id":"claude-sonnet-4-5","display_name":"Claude Sonnet 4.5"},{"id":"claude-haiku"}]})"},
+      {"openai-models.json",
+       R"({"object":"list","data":[{"id":"text-embedding-3-small"},{"id":"gpt-4o"},{"id":"GPT-4O-mini"}]})"},
+      {"error.json", R"({"type":"error","error":{"type":"authentication_error","message":"invalid x-api-key"}})"},
+      {"truncated.json", R"({"choices":[{"message":{"content":"Hel)"},
+  };
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   const std::string_view kind = argc == 3 ? argv[2] : "project";
-  if ((argc != 2 && argc != 3) || (kind != "project" && kind != "clipboard")) {
-    std::cerr << "usage: write_seeds FOLDER [project|clipboard]\n";
+  if ((argc != 2 && argc != 3) || (kind != "project" && kind != "clipboard" && kind != "aireply")) {
+    std::cerr << "usage: write_seeds FOLDER [project|clipboard|aireply]\n";
     return 2;
   }
   const std::filesystem::path folder = argv[1];
-  for (const auto& [name, bytes] : kind == "project" ? projectSeeds() : clipboardSeeds())
+  const Seeds seeds = kind == "project" ? projectSeeds() : kind == "clipboard" ? clipboardSeeds() : aiReplySeeds();
+  for (const auto& [name, bytes] : seeds)
     std::ofstream(folder / name, std::ios::binary) << bytes;
   return 0;
 }
