@@ -167,7 +167,7 @@ std::expected<std::string, AIProviderError> perform(const std::string& url, cons
 
 std::expected<std::string, AIProviderError> AIHTTP::getJSON(const std::string& url, const AIHeaders& headers,
                                                             std::stop_token stop) {
-  return perform(url, headers, nullptr, std::move(stop));
+  return perform(url, merged({}, headers), nullptr, std::move(stop));
 }
 
 std::expected<std::string, AIProviderError> AIHTTP::postJSON(const std::string& url, const AIHeaders& headers,
