@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "assistant/ai_number_text.hpp"
 #include "behaviors/behavior_catalog.hpp"
 #include "core/effect_catalog.hpp"
 #include "core/enum_text.hpp"
@@ -40,32 +41,6 @@ constexpr std::string_view kInstructionLines[] = {
     "",
     "Current project state:",
 };
-
-// The shortest text that reads back as the same double, always showing it is
-// a float ("10.0", "2.5"); very small and very large magnitudes go to
-// exponent form ("1e-05", "1e+20"), as the model's training text prints them.
-std::string decimalText(double v) {
-  if (std::isnan(v)) return "nan";
-  if (std::isinf(v)) return v < 0 ? "-inf" : "inf";
-  const double magnitude = std::fabs(v);
-  const bool exponential = magnitude != 0 && (magnitude < 1e-4 || magnitude > 0x1.0p54);
-  char buffer[64];
-  const auto result = std::to_chars(buffer, buffer + sizeof buffer, v,
-                                    exponential ? std::chars_format::scientific : std::chars_format::fixed);
-  std::string text(buffer, result.ptr);
-  if (!exponential && text.find('.') == std::string::npos) text += ".0";
-  return text;
-}
-
-// A size as a whole number, the fraction cut off. Values that fit no
-// integer (a corrupt file's) print as the nearest that does, never failing.
-std::string integerText(double v) {
-  if (std::isnan(v)) return "0";
-  constexpr double kLimit = 9223372036854775807.0;
-  if (v >= kLimit) return std::to_string(INT64_MAX);
-  if (v <= -kLimit) return std::to_string(INT64_MIN);
-  return std::to_string(static_cast<std::int64_t>(v));
-}
 
 std::string sizeText(const core::OVSize& size) { return integerText(size.width) + "x" + integerText(size.height); }
 

@@ -22,14 +22,22 @@ std::expected<AIEndpoint, AIProviderError> resolveEndpoint(const AISettings& set
                                                           const AIEndpointOverrides& overrides) {
   AIEndpoint endpoint;
   endpoint.provider = overrides.provider.value_or(settings.provider());
-  endpoint.model = overrides.model ? *overrides.model : settings.model();
+  // A provider other than the saved one brings its own default model and
+  // address, unless they are given too: the saved ones belong to another
+  // kind and would send one format to the other's server.
+  const bool savedProvider = endpoint.provider == settings.provider();
+  endpoint.model = overrides.model           ? *overrides.model
+                   : savedProvider           ? settings.model()
+                                             : std::string(defaultModel(endpoint.provider));
   // The key first: without one nothing is sent, whatever the address.
   const std::optional<std::string> key =
       overrides.apiKey ? overrides.apiKey : settings.keychain().apiKey(endpoint.provider);
   if (!key || key->empty()) return std::unexpected(AIProviderError::missingAPIKey());
   endpoint.apiKey = *key;
   const std::optional<std::string> address =
-      overrides.baseURL ? validatedBaseURL(*overrides.baseURL) : settings.resolvedBaseURL();
+      overrides.baseURL ? validatedBaseURL(*overrides.baseURL)
+      : savedProvider   ? settings.resolvedBaseURL()
+                        : validatedBaseURL(defaultBaseURL(endpoint.provider));
   if (!address) return std::unexpected(AIProviderError::invalidBaseURL());
   endpoint.baseURL = *address;
   return endpoint;

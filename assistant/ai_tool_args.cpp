@@ -148,21 +148,6 @@ core::OVTime timeFromSeconds(double seconds, std::string_view key) {
   return core::OVTime::fromSeconds(seconds);
 }
 
-std::string decimalText(double v) {
-  if (std::isnan(v)) return "nan";
-  if (std::isinf(v)) return v > 0 ? "inf" : "-inf";
-  char buffer[64];
-  const double magnitude = std::fabs(v);
-  // Plain digits in the everyday range, an exponent for the very small and
-  // the very large (past 2^54), as the model sees numbers elsewhere.
-  const bool exponent = magnitude != 0 && (magnitude < 1e-4 || magnitude > 18014398509481984.0);
-  const auto result = std::to_chars(buffer, buffer + sizeof buffer, v,
-                                    exponent ? std::chars_format::scientific : std::chars_format::fixed);
-  std::string text(buffer, result.ptr);
-  if (text.find_first_of(".e") == std::string::npos) text += ".0";
-  return text;
-}
-
 std::string lowercased(std::string_view text) {
   return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())).toLower().toStdString();
 }

@@ -13,6 +13,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "assistant/ai_number_text.hpp"
 #include "core/frame_rate.hpp"
 #include "core/geometry.hpp"
 #include "core/ov_time.hpp"
@@ -73,9 +74,6 @@ std::optional<core::OVColor> parseColor(const nlohmann::json& object);
 // not be held or added safely: "Number out of range for 'key'.".
 core::OVTime timeFromSeconds(double seconds, std::string_view key);
 
-// The shortest decimal that reads back as v, with ".0" on whole numbers
-// ("10.0", "2.5", "1e-05").
-std::string decimalText(double v);
 // Unicode lower case, for matching names the model typed.
 std::string lowercased(std::string_view text);
 

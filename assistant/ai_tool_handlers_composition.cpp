@@ -23,7 +23,6 @@ double dimension(const Args& args, const char* key, double fallback) {
   return value;
 }
 
-std::string integerText(double v) { return std::to_string(static_cast<std::int64_t>(v)); }
 
 }  // namespace
 

@@ -253,6 +253,23 @@ TEST_F(EndpointSettingsTest, TheGivenKeyAndAddressWinOverTheSavedOnes) {
   EXPECT_EQ(given->apiKey, " given ");
 }
 
+// The saved model and address belong to the saved kind: another kind asked
+// for alone takes its own defaults and its own stored key.
+TEST_F(EndpointSettingsTest, AnotherProviderAloneBringsItsOwnModelAddressAndKey) {
+  keychain.setAPIKey("stored-custom", AIProviderKind::custom);
+  keychain.setAPIKey("stored-openai", AIProviderKind::openAI);
+  const auto other = resolveEndpoint(settings, {.provider = AIProviderKind::openAI});
+  ASSERT_TRUE(other);
+  EXPECT_EQ(other->model, "gpt-4o");
+  EXPECT_EQ(other->baseURL, "https://api.openai.com/v1");
+  EXPECT_EQ(other->apiKey, "stored-openai");
+
+  const auto same = resolveEndpoint(settings, {.provider = AIProviderKind::custom});
+  ASSERT_TRUE(same);
+  EXPECT_EQ(same->model, "local-model");
+  EXPECT_EQ(same->baseURL, server.baseURL() + "/v1");
+}
+
 TEST_F(EndpointSettingsTest, TestConnectionPingsWithTheSavedSettings) {
   keychain.setAPIKey("stored", AIProviderKind::custom);
   server.enqueueJSON({{"choices", {{{"message", {{"content", "\n ok \n"}}}}}}});
