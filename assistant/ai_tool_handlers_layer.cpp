@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "assistant/ai_tool_handlers.hpp"
+#include "behaviors/apply_behavior.hpp"
 #include "behaviors/behavior.hpp"
 #include "behaviors/behavior_catalog.hpp"
 
@@ -98,27 +99,11 @@ std::string applyBehavior(ToolContext& context) {
   if (behavior == nullptr) throw ToolError("Unknown behavior_id '" + behaviorID + "'.");
   const std::vector<core::Uuid> ids = context.args.uuidArray("layer_ids");
 
-  // The same choice of layers as the behaviors panel makes, stamped inside
-  // the turn's interaction: the panel's own operation records a step of
-  // its own, and the whole turn must stay one step.
+  // Stamped inside the turn's interaction: the panel's own operation
+  // records a step of its own, and the whole turn must stay one step.
   int applied = 0;
-  mutate(context.document, [&](core::OVProject& project) {
-    const core::Composition* active = project.activeComposition();
-    if (active == nullptr) return;
-    std::vector<core::Uuid> targets;
-    for (const core::Uuid& id : ids) {
-      const core::Layer* layer = active->layer(id);
-      if (layer == nullptr || layer->isLocked || !behavior->applies(layer->kind())) continue;
-      if (std::find(targets.begin(), targets.end(), id) == targets.end()) targets.push_back(id);
-    }
-    const core::FrameRate rate = active->frameRate;
-    const core::Uuid compositionID = active->id;
-    project.updateComposition(compositionID, [&](core::Composition& c) {
-      for (const core::Uuid& id : targets)
-        c.update(id, [&](core::Layer& layer) { behaviors::stamp(*behavior, layer, rate); });
-    });
-    applied = static_cast<int>(targets.size());
-  });
+  mutate(context.document,
+         [&](core::OVProject& project) { applied = behaviors::stampBehavior(project, *behavior, ids); });
   if (applied == 0) throw ToolError("Behavior did not apply to any of the given layers.");
   return "Applied behavior '" + behaviorID + "' to " + std::to_string(applied) + " layer(s).";
 }

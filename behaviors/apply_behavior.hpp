@@ -12,6 +12,12 @@
 
 namespace orvane::behaviors {
 
+// The rule under applyBehavior, on a project value, for callers that edit
+// inside an interaction of their own (the assistant's turn): stamps the
+// active composition's layers among layerIDs that are not locked and are
+// of a kind the behavior applies to, each once. Returns how many took it.
+int stampBehavior(core::OVProject& project, const Behavior& behavior, const std::vector<core::Uuid>& layerIDs);
+
 // Stamps behavior onto those of layerIDs that are layers of the active
 // composition, are not locked and are of a kind the behavior applies to.
 // Returns how many layers took it; with none (or no active composition) the
