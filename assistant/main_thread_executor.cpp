@@ -27,13 +27,24 @@ int LoopExecutor::runPending() {
   return ran;
 }
 
+bool LoopExecutor::runUntil(const std::function<bool()>& done) { return run(done, std::nullopt); }
+
 bool LoopExecutor::runUntil(const std::function<bool()>& done, std::chrono::milliseconds timeout) {
-  const auto deadline = std::chrono::steady_clock::now() + timeout;
+  return run(done, std::chrono::steady_clock::now() + timeout);
+}
+
+bool LoopExecutor::run(const std::function<bool()>& done,
+                       std::optional<std::chrono::steady_clock::time_point> deadline) {
+  const auto ready = [this] { return !queue_.empty(); };
   while (!done()) {
     Closure next;
     {
       std::unique_lock lock(mutex_);
-      if (!arrived_.wait_until(lock, deadline, [this] { return !queue_.empty(); })) return done();
+      if (!deadline) {
+        arrived_.wait(lock, ready);
+      } else if (!arrived_.wait_until(lock, *deadline, ready)) {
+        return done();
+      }
       next = std::move(queue_.front());
       queue_.pop_front();
     }

@@ -11,6 +11,7 @@
 #include <deque>
 #include <functional>
 #include <mutex>
+#include <optional>
 
 namespace orvane::assistant {
 
@@ -33,12 +34,15 @@ class LoopExecutor final : public MainThreadExecutor {
   // many ran.
   int runPending();
   // Runs closures as they arrive, waiting for more, until done() is true
-  // (checked before each wait) or the time is up; returns done().
-  bool runUntil(const std::function<bool()>& done,
-                std::chrono::milliseconds timeout = std::chrono::milliseconds(30000));
+  // (checked before each closure); without a timeout it waits for ever.
+  // Returns done().
+  bool runUntil(const std::function<bool()>& done);
+  bool runUntil(const std::function<bool()>& done, std::chrono::milliseconds timeout);
   std::size_t pendingCount() const;
 
  private:
+  bool run(const std::function<bool()>& done, std::optional<std::chrono::steady_clock::time_point> deadline);
+
   mutable std::mutex mutex_;
   std::condition_variable arrived_;
   std::deque<Closure> queue_;

@@ -22,6 +22,9 @@ using testing_support::ScriptedModelServer;
 using testing_support::ScriptedReply;
 using Kind = AIChatDisplayMessage::Kind;
 
+// How long a test waits for a turn before it fails instead of hanging.
+constexpr std::chrono::milliseconds kWait{30000};
+
 struct Call {
   std::string name;
   json arguments;
@@ -90,7 +93,7 @@ class AISessionTest : public ::testing::Test {
     session->setDraft(text);
     session->send();
     ASSERT_TRUE(session->isBusy());
-    ASSERT_TRUE(loop.runUntil([this] { return !session->isBusy(); }));
+    ASSERT_TRUE(loop.runUntil([this] { return !session->isBusy(); }, kWait));
   }
 
   std::vector<Kind> kinds() const {
@@ -137,7 +140,7 @@ TEST_F(AISessionTest, SendRefusesBlanksABusySessionAMissingKeyAndAClosedProject)
   session->setDraft("second");
   session->send();
   EXPECT_EQ(session->draft(), "second");
-  ASSERT_TRUE(loop.runUntil([this] { return !session->isBusy(); }));
+  ASSERT_TRUE(loop.runUntil([this] { return !session->isBusy(); }, kWait));
   EXPECT_EQ(server.requestCount(), 1u);
   EXPECT_EQ(std::get<AIUserItem>(session->conversation()[0]).text, "first");
 
@@ -351,7 +354,7 @@ TEST_F(AISessionTest, CancelDuringASlowReplyRollsTheTurnBackAndDropsTheLateResul
   session->send();
   ASSERT_TRUE(loop.runUntil([this] {
     return std::ranges::any_of(seen, [](const std::string& line) { return line.starts_with("✓ Added solid layer"); });
-  }));
+  }, kWait));
   EXPECT_EQ(document->activeComposition()->layers.size(), 1u);
   awaitRequests(2);
   session->cancel();
@@ -379,7 +382,7 @@ TEST_F(AISessionTest, DestroyingTheSessionMidTurnLeavesTheDocumentOutOfTheTurn) 
   const core::OVProject before = document->project();
   session->setDraft("go");
   session->send();
-  ASSERT_TRUE(loop.runUntil([this] { return document->activeComposition()->layers.size() == 1; }));
+  ASSERT_TRUE(loop.runUntil([this] { return document->activeComposition()->layers.size() == 1; }, kWait));
   awaitRequests(2);
   session.reset();
   EXPECT_FALSE(document->isInteracting());
