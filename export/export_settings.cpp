@@ -1,6 +1,7 @@
 #include "export/export_settings.hpp"
 
 #include <cmath>
+#include <limits>
 
 extern "C" {
 #include <libavcodec/avcodec.h>
@@ -95,10 +96,21 @@ bool encoderHasOption(std::string_view encoderName, const char* option) {
   return av_opt_find(&privClass, option, nullptr, 0, AV_OPT_SEARCH_FAKE_OBJ) != nullptr;
 }
 
+// The integer part of value, held inside 64 bits, so that a bitrate typed or
+// decoded as anything converts without overflow; not a number gives 0, which
+// leaves the encoder its own rate.
+std::int64_t wholeNumber(double value) {
+  constexpr double kTwoTo63 = 0x1p63;
+  if (std::isnan(value)) return 0;
+  if (value >= kTwoTo63) return std::numeric_limits<std::int64_t>::max();
+  if (value < -kTwoTo63) return std::numeric_limits<std::int64_t>::min();
+  return static_cast<std::int64_t>(value);
+}
+
 // Bitrate, rate and key-frame spacing shared by the long-GOP codecs.
 void setCompression(VideoEncoderSettings& video, const ExportSettings& settings) {
   const double fps = settings.frameRate.fps();
-  video.averageBitRate = static_cast<std::int64_t>(settings.videoBitrateMbps * 1'000'000);
+  video.averageBitRate = wholeNumber(settings.videoBitrateMbps * 1'000'000);
   video.expectedFrameRate = static_cast<int>(std::lround(fps));
   video.maxKeyFrameInterval = static_cast<int>(std::lround(fps * 2));
   video.allowFrameReordering = false;
@@ -177,7 +189,9 @@ std::int64_t ExportSettings::estimatedByteCount() const {
                     : videoBitrateMbps * 1'000'000 * seconds;
   }
   const double audioBits = includeAudio() ? audioBitrateKbps * 1000 * seconds : 0;
-  return static_cast<std::int64_t>((videoBits + audioBits) / 8);
+  // A negative or undefined part adds nothing to the size shown.
+  const auto counted = [](double bits) { return bits > 0 ? bits : 0.0; };
+  return wholeNumber((counted(videoBits) + counted(audioBits)) / 8);
 }
 
 VideoEncoderSettings ExportSettings::videoOutputSettings() const {
@@ -224,7 +238,7 @@ AudioEncoderSettings ExportSettings::audioOutputSettings() const {
   // A rate that is not a sensible number leaves the encoder's usual one.
   const bool usableRate = std::isfinite(audioSampleRate) && audioSampleRate >= 1 && audioSampleRate <= 768000;
   audio.sampleRate = usableRate ? static_cast<int>(std::lround(audioSampleRate)) : 48000;
-  audio.bitRate = static_cast<std::int64_t>(audioBitrateKbps * 1000);
+  audio.bitRate = wholeNumber(audioBitrateKbps * 1000);
   return audio;
 }
 

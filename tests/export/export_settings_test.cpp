@@ -99,6 +99,30 @@ TEST(ExportSettingsTest, EstimatesFollowBitrateOrProResBitsPerPixel) {
   EXPECT_EQ(h264.estimatedByteCount(), 0);
 }
 
+// Numbers typed or decoded from a saved preset may be anything: the encoder
+// bitrates and the estimate stay inside their integers.
+TEST(ExportSettingsTest, BitratesThatAreNotNumbersOrTooLargeStayInRange) {
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  const double inf = std::numeric_limits<double>::infinity();
+  ExportSettings settings = settingsOf(ExportCodec::h264);
+  settings.videoBitrateMbps = nan;
+  settings.audioBitrateKbps = nan;
+  EXPECT_EQ(settings.videoOutputSettings().averageBitRate, 0);
+  EXPECT_EQ(settings.audioOutputSettings().bitRate, 0);
+  EXPECT_EQ(settings.estimatedByteCount(), 0);
+
+  settings.videoBitrateMbps = inf;
+  settings.audioBitrateKbps = 1e300;
+  EXPECT_EQ(settings.videoOutputSettings().averageBitRate, std::numeric_limits<std::int64_t>::max());
+  EXPECT_EQ(settings.audioOutputSettings().bitRate, std::numeric_limits<std::int64_t>::max());
+  EXPECT_EQ(settings.estimatedByteCount(), std::numeric_limits<std::int64_t>::max());
+
+  // A negative bitrate adds nothing to the size shown.
+  settings.videoBitrateMbps = -16;
+  settings.audioBitrateKbps = 192;
+  EXPECT_EQ(settings.estimatedByteCount(), 192'000LL * 10 / 8);
+}
+
 TEST(ExportSettingsTest, ContainerFollowsCodecAndChannels) {
   const std::pair<std::string, std::string> faststart{"movflags", "+faststart"};
   ExportSettings h264 = settingsOf(ExportCodec::h264);
