@@ -404,5 +404,32 @@ TEST_F(AISessionTest, ClearThreadForgetsTheThreadButNotTheProject) {
   EXPECT_EQ(undo->undoCount(), 1u);
 }
 
+TEST(LoopExecutorTest, RunsPostsFromOtherThreadsInOrderOnTheCallingThread) {
+  LoopExecutor loop;
+  std::vector<int> order;
+  std::vector<std::thread::id> threads;
+  std::thread poster([&] {
+    for (int i = 0; i < 3; ++i) {
+      loop.post([&, i] {
+        order.push_back(i);
+        threads.push_back(std::this_thread::get_id());
+      });
+    }
+  });
+  EXPECT_TRUE(loop.runUntil([&] { return order.size() == 3; }, kWait));
+  poster.join();
+  EXPECT_EQ(order, (std::vector{0, 1, 2}));
+  for (const auto& id : threads) EXPECT_EQ(id, std::this_thread::get_id());
+
+  // What a closure posts waits for the next run.
+  loop.post([&] { loop.post([&] { order.push_back(4); }); });
+  EXPECT_EQ(loop.runPending(), 1);
+  EXPECT_EQ(loop.pendingCount(), 1u);
+  EXPECT_EQ(loop.runPending(), 1);
+  EXPECT_EQ(order.back(), 4);
+  // Nothing arrives: the wait ends with the answer of the predicate.
+  EXPECT_FALSE(loop.runUntil([] { return false; }, std::chrono::milliseconds(5)));
+}
+
 }  // namespace
 }  // namespace orvane::assistant
