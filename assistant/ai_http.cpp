@@ -174,7 +174,10 @@ std::expected<std::string, AIProviderError> AIHTTP::postJSON(const std::string& 
                                                              const nlohmann::json& body, std::stop_token stop) {
   std::string text;
   try {
-    text = body.dump();
+    // Text that is no UTF-8 (a file name from the disk, a parser message
+    // cut mid-character) stays in the thread and would fail every later
+    // request, so it travels with replacement characters instead.
+    text = body.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
   } catch (const nlohmann::json::exception& e) {
     return std::unexpected(AIProviderError::json(e.what()));
   }

@@ -114,6 +114,31 @@ TEST_F(ProviderClientTest, ALineBreakInAKeyCannotAddHeaders) {
   EXPECT_EQ(request.header("Authorization"), "Bearer skX-Injected: 1");
 }
 
+// A tool result can quote the JSON parser, which cuts a character in two
+// ("last read: '{\xC3'"), and a project can hold a file name that is no
+// UTF-8. Both stay in the thread, so refusing to send them would fail every
+// later turn too.
+TEST_F(ProviderClientTest, BytesThatAreNoUTF8TravelAsReplacementCharacters) {
+  server.enqueueJSON({{"choices", {{{"message", {{"content", "ok"}}}}}}});
+  server.enqueueJSON({{"content", json::array()}});
+  const AICompletionRequest request{"file=clip\xE9.mov",
+                                    {AIUserItem{"go"},
+                                     AIAssistantItem{std::nullopt, {{"c1", "add_text_layer", "{\xC3}"}}},
+                                     AIToolResultsItem{{{"c1", "last read: '{\xC3'", true}}}},
+                                    {}};
+  ASSERT_TRUE(AIProviderClient::complete(openAI(), request));
+  ASSERT_TRUE(AIProviderClient::complete(claude(), request));
+  const auto requests = server.requests();
+  ASSERT_EQ(requests.size(), 2u);
+  const json openAIBody = requests[0].json();
+  EXPECT_EQ(openAIBody["messages"][0]["content"], "file=clip\uFFFD.mov");
+  EXPECT_EQ(openAIBody["messages"][2]["tool_calls"][0]["function"]["arguments"], "{\uFFFD}");
+  EXPECT_EQ(openAIBody["messages"][3]["content"], "last read: '{\uFFFD'");
+  const json anthropicBody = requests[1].json();
+  EXPECT_EQ(anthropicBody["system"], "file=clip\uFFFD.mov");
+  EXPECT_EQ(anthropicBody["messages"][2]["content"][0]["content"], "last read: '{\uFFFD'");
+}
+
 TEST_F(ProviderClientTest, WithoutToolsNeitherToolsNorToolChoiceTravel) {
   server.enqueueJSON({{"content", json::array()}});
   server.enqueueJSON({{"choices", {{{"message", {{"content", "hi"}}}}}}});
