@@ -34,7 +34,8 @@ class ToolError : public std::runtime_error {
 class Args {
  public:
   // Parses argumentsJSON: a parse failure throws the parser's own words, a
-  // value that is no object "Invalid tool arguments JSON.".
+  // value that is no object, or nested deeper than wire::kMaxJSONDepth,
+  // "Invalid tool arguments JSON.".
   static Args parse(std::string_view argumentsJSON);
   explicit Args(nlohmann::json object) : object_(std::move(object)) {}
 

@@ -25,6 +25,24 @@ TEST_F(AIToolExecutorTest, BadArgumentsAndUnknownNamesAreErrorResults) {
   EXPECT_EQ(limits.layersCreated, 0);
 }
 
+// A model can send arguments nested far deeper than any tool reads; copying
+// or writing such a value recurses once per level.
+TEST_F(AIToolExecutorTest, DeeplyNestedArgumentsAreRefusedWithoutStoppingTheProgram) {
+  constexpr int kLevels = 200000;
+  std::string deep;
+  for (int i = 0; i < kLevels; ++i) deep += "{\"r\":";
+  deep += "1";
+  deep.append(kLevels, '}');
+  const std::string someID = quoted(Uuid::make());
+  EXPECT_EQ(fails("set_effect_parameters",
+                  "{\"layer_id\":" + someID + ",\"effect_instance_id\":" + someID + ",\"parameters\":" + deep + "}"),
+            "Invalid tool arguments JSON.");
+  EXPECT_EQ(fails("update_composition", "{\"background\":" + deep + "}"), "Invalid tool arguments JSON.");
+  // Nesting of an everyday depth is still read.
+  EXPECT_EQ(ok("update_composition", R"({"background": {"r": 1, "g": 0, "b": 0, "extra": [[[[{"a": 1}]]]]}})"),
+            "Updated active composition.");
+}
+
 // ------------------------------------------------------------ compositions
 
 TEST_F(AIToolExecutorTest, CreateCompositionWithDefaults) {
