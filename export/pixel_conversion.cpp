@@ -5,6 +5,7 @@
 #include <utility>
 
 extern "C" {
+#include <libavutil/macros.h>
 #include <libavutil/opt.h>
 #include <libavutil/pixdesc.h>
 #include <libswscale/swscale.h>
@@ -18,6 +19,13 @@ namespace orvane::export_ {
 namespace {
 
 void freeFrame(AVFrame* frame) { av_frame_free(&frame); }
+
+// The converter owns rgba_; the buffer reference only lends it to swscale.
+void keepStorage(void*, std::uint8_t*) {}
+
+// Rows start on this many bytes so that swscale keeps to its aligned path;
+// the same again follows the last row for its vector reads past the end.
+constexpr int kRowAlignment = 64;
 
 inline std::uint16_t toWord(float component) {
   const float c = component > 0 ? (component < 1.0f ? component : 1.0f) : 0.0f;
@@ -56,7 +64,8 @@ std::expected<PictureConverter, std::string> PictureConverter::make(int sourceWi
   converter.keepsAlpha_ = (descriptor->flags & AV_PIX_FMT_FLAG_ALPHA) != 0;
   const AVPixelFormat sourceFormat = converter.wide_ ? AV_PIX_FMT_RGBA64LE : AV_PIX_FMT_BGRA;
   const int bytesPerPixel = converter.wide_ ? 8 : 4;
-  converter.rgba_.resize(static_cast<std::size_t>(sourceWidth) * sourceHeight * bytesPerPixel);
+  converter.stride_ = FFALIGN(sourceWidth * bytesPerPixel, kRowAlignment);
+  converter.rgba_.resize(static_cast<std::size_t>(converter.stride_) * sourceHeight + kRowAlignment);
 
   SwsContext* scaler = sws_alloc_context();
   if (scaler == nullptr) return std::unexpected("The picture format is not supported.");
@@ -82,7 +91,11 @@ std::expected<PictureConverter, std::string> PictureConverter::make(int sourceWi
   source.width = sourceWidth;
   source.height = sourceHeight;
   source.data[0] = converter.rgba_.data();
-  source.linesize[0] = sourceWidth * bytesPerPixel;
+  source.linesize[0] = converter.stride_;
+  // swscale takes a reference to its source frame: one that has a buffer is
+  // shared, while one without is copied into a new buffer on every frame.
+  source.buf[0] = av_buffer_create(converter.rgba_.data(), converter.rgba_.size(), keepStorage, nullptr, 0);
+  if (source.buf[0] == nullptr) return std::unexpected("The picture format is not supported.");
   return converter;
 }
 
@@ -90,6 +103,7 @@ PictureConverter::PictureConverter(PictureConverter&& other) noexcept
     : scaler_(std::exchange(other.scaler_, nullptr)),
       sourceWidth_(other.sourceWidth_),
       sourceHeight_(other.sourceHeight_),
+      stride_(other.stride_),
       wide_(other.wide_),
       keepsAlpha_(other.keepsAlpha_),
       rgba_(std::move(other.rgba_)),
@@ -103,6 +117,7 @@ PictureConverter& PictureConverter::operator=(PictureConverter&& other) noexcept
     scaler_ = std::exchange(other.scaler_, nullptr);
     sourceWidth_ = other.sourceWidth_;
     sourceHeight_ = other.sourceHeight_;
+    stride_ = other.stride_;
     wide_ = other.wide_;
     keepsAlpha_ = other.keepsAlpha_;
     rgba_ = std::move(other.rgba_);
@@ -122,7 +137,7 @@ void PictureConverter::writeWide(const render::Image& picture) {
     if (row.size() < static_cast<std::size_t>(width)) row.resize(static_cast<std::size_t>(width));
     for (int i = first; i < last; ++i) {
       render::readRow(picture, height - 1 - i, 0, width, row.data());
-      std::uint16_t* out = words + static_cast<std::size_t>(i) * width * 4;
+      std::uint16_t* out = words + static_cast<std::size_t>(i) * (stride_ / 2);
       if (keepsAlpha_) {
         writeWideRow<true>(row.data(), width, out);
       } else {
@@ -139,7 +154,7 @@ bool PictureConverter::convert(const render::Image& picture, AVFrame& frame) {
     const render::Rgba8Format format{keepsAlpha_ ? render::AlphaForm::straight : render::AlphaForm::premultiplied,
                                      render::ChannelOrder::bgra};
     const render::PixelRect region{0, 0, sourceWidth_, sourceHeight_};
-    if (!render::writeRgba8(picture, region, rgba_, static_cast<std::size_t>(sourceWidth_) * 4, format)) return false;
+    if (!render::writeRgba8(picture, region, rgba_, static_cast<std::size_t>(stride_), format)) return false;
   }
   return sws_scale_frame(scaler_, &frame, source_.get()) >= 0;
 }

@@ -46,9 +46,10 @@ class PictureConverter {
   SwsContext* scaler_ = nullptr;
   int sourceWidth_ = 0;
   int sourceHeight_ = 0;
+  int stride_ = 0;           // bytes from one row of rgba_ to the next
   bool wide_ = false;        // 16 bits a component, for formats deeper than 8 bits
   bool keepsAlpha_ = false;  // straight alpha kept, else composed over black
-  std::vector<std::uint8_t> rgba_;  // the intermediate picture, rows from the top
+  std::vector<std::uint8_t> rgba_;  // the intermediate picture, rows from the top, lent to source_
   std::unique_ptr<AVFrame, void (*)(AVFrame*)> source_{nullptr, nullptr};
 };
 

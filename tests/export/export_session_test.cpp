@@ -199,6 +199,22 @@ TEST_F(ExportSessionTest, OddSizesRoundToEvenAndSilenceGivesNoAudioTrack) {
   EXPECT_FALSE(file->audio.has_value());
 }
 
+// Rows whose bytes are no multiple of the converter's row alignment: each
+// row must still land under the one before, in 8 and in 16 bits.
+TEST_F(ExportSessionTest, WidthsOffTheRowAlignmentKeepTheirPicture) {
+  core::Composition c = silentComposition({162, 122});
+  c.duration = secs(0.2);
+  for (ExportCodec codec : {ExportCodec::h264, ExportCodec::proRes4444}) {
+    const bool alpha = preservesAlpha(codec);
+    const auto path = out / (alpha ? "rows.mov" : "rows.mp4");
+    ASSERT_TRUE(ExportSession().exportTo(c, projectWith(c), settingsFor(c, codec), path).has_value());
+    const auto file = decodeFile(path, {2});
+    ASSERT_TRUE(file && file->video);
+    EXPECT_GE(psnr(file->video->pictures.at(2), composed(c, 2 / 30.0, alpha), alpha), alpha ? 45 : 35)
+        << rawValue(codec);
+  }
+}
+
 TEST_F(ExportSessionTest, ProRes4444KeepsAlpha) {
   core::Composition c = silentComposition();
   c.duration = secs(0.5);
