@@ -94,7 +94,10 @@ void configure(CURL* easy, const std::string& url, const curl_slist* headers, st
   curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 1L);
   curl_easy_setopt(easy, CURLOPT_MAXREDIRS, 10L);
   curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
-  curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
+  // The key travels in the headers of every hop: a redirect may not take it
+  // from an encrypted address to a plain one.
+  const bool encrypted = url.starts_with("https:") || url.starts_with("HTTPS:");
+  curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, encrypted ? "https" : "http,https");
   curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "");
 }
 
