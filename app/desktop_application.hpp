@@ -12,7 +12,7 @@ namespace orvane::app {
 
 // The sentence printed when the desktop application cannot start.
 inline constexpr std::string_view kNoDisplaySentence =
-    "No display is available; use a command such as info, frame, resave or package, or see --help.";
+    "No display is available; use a command such as info, frame, export or assist, or see --help.";
 
 // Whether windows can be shown: an X11 or Wayland display is named, or Qt
 // is told to use a platform that needs none (offscreen, vnc, ...).

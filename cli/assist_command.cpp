@@ -10,7 +10,6 @@
 #include <unistd.h>
 
 #include <QCoreApplication>
-#include <QStandardPaths>
 #include <cctype>
 #include <cstdlib>
 #include <filesystem>
@@ -26,6 +25,7 @@
 #include "assistant/main_thread_executor.hpp"
 #include "cli/commands.hpp"
 #include "cli/project_input.hpp"
+#include "document/autosave_service.hpp"
 #include "document/project_codec.hpp"
 #include "document/project_document.hpp"
 #include "render/gui_runtime.hpp"
@@ -95,8 +95,8 @@ void checkArguments(const AssistOptions& options) {
   }
 }
 
-// Settings and keys live where the desktop keeps them, which QSettings and
-// QStandardPaths find from these names.
+// Settings live where the desktop keeps them, which QSettings finds from
+// these names.
 void startRuntime() {
   render::ensureGuiRuntime();  // text tools measure with the GUI runtime
   QCoreApplication::setOrganizationName(QStringLiteral("Brightfold"));
@@ -155,8 +155,8 @@ void runAssist(const AssistOptions& options) {
   if (overrides.apiKey) {
     keyStore = std::make_unique<assistant::MemoryKeyStore>();
   } else {
-    keyStore = assistant::makeDefaultKeyStore(
-        QStandardPaths::writableLocation(QStandardPaths::AppDataLocation).toStdString());
+    // The desktop's own data folder, where its autosave lives too.
+    keyStore = assistant::makeDefaultKeyStore(document::defaultSupportDirectory().string());
   }
   const assistant::AIKeychain keychain(*keyStore);
   const assistant::AISettings settings(settingsStore, keychain);
