@@ -22,21 +22,6 @@ namespace {
 // inside 64 bits, with room to add two such times.
 constexpr double kMaximumSeconds = 1e9;
 
-// No tool reads deeper than a colour inside the arguments; copying or
-// writing a value recurses once per level, so a deeper one is refused
-// before any tool sees it.
-bool nestedDeeperThan(const Json& value, int limit) {
-  std::vector<std::pair<const Json*, int>> pending{{&value, 1}};
-  while (!pending.empty()) {
-    const auto [node, depth] = pending.back();
-    pending.pop_back();
-    if (!node->is_structured()) continue;
-    if (depth > limit) return true;
-    for (const Json& child : *node) pending.emplace_back(&child, depth + 1);
-  }
-  return false;
-}
-
 }  // namespace
 
 Args Args::parse(std::string_view argumentsJSON) {
@@ -46,7 +31,7 @@ Args Args::parse(std::string_view argumentsJSON) {
   } catch (const Json::exception& e) {
     throw ToolError(e.what());
   }
-  if (!parsed.is_object() || nestedDeeperThan(parsed, wire::kMaxJSONDepth))
+  if (!parsed.is_object() || !wire::withinDepth(parsed, wire::kMaxJSONDepth))
     throw ToolError("Invalid tool arguments JSON.");
   return Args(std::move(parsed));
 }

@@ -64,18 +64,6 @@ int textDepth(std::string_view text, int limit) {
   return deepest;
 }
 
-bool withinDepth(const json& value, int limit) {
-  std::vector<std::pair<const json*, int>> pending{{&value, 1}};
-  while (!pending.empty()) {
-    const auto [node, depth] = pending.back();
-    pending.pop_back();
-    if (!node->is_structured()) continue;
-    if (depth > limit) return false;
-    for (const auto& child : *node) pending.emplace_back(&child, depth + 1);
-  }
-  return true;
-}
-
 WireResult<json> parseReply(std::string_view bytes) {
   try {
     return json::parse(bytes);
@@ -125,6 +113,18 @@ std::optional<std::string> nonEmpty(std::string text) {
 }
 
 }  // namespace
+
+bool withinDepth(const json& value, int limit) {
+  std::vector<std::pair<const json*, int>> pending{{&value, 1}};
+  while (!pending.empty()) {
+    const auto [node, depth] = pending.back();
+    pending.pop_back();
+    if (!node->is_structured()) continue;
+    if (depth > limit) return false;
+    for (const auto& child : *node) pending.emplace_back(&child, depth + 1);
+  }
+  return true;
+}
 
 json jsonObject(std::string_view text) {
   if (textDepth(text, kMaxJSONDepth) > kMaxJSONDepth) return json::object();

@@ -25,6 +25,9 @@ namespace orvane::assistant::wire {
 // it again would recurse that deep.
 nlohmann::json jsonObject(std::string_view text);
 inline constexpr int kMaxJSONDepth = 256;
+// The value has no object or list nested deeper than limit (the value
+// itself counts as level 1). Walks without recursion.
+bool withinDepth(const nlohmann::json& value, int limit);
 
 // base and path joined with exactly one "/" between them.
 std::string joinURL(std::string_view base, std::string_view path);
