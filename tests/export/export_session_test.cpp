@@ -160,6 +160,25 @@ TEST_F(ExportSessionTest, H264WithAudioMatchesTheComposedFrames) {
   EXPECT_DOUBLE_EQ(fractions.back(), 1.0);
 }
 
+// A player sounds a tone placed at 0.5 s at 0.5 s against a picture that
+// starts at 0: the encoder's priming samples are hidden by the container,
+// and neither pump shifts its stream. In MP4 and MOV.
+TEST_F(ExportSessionTest, PictureAndSoundKeepTheirTimes) {
+  core::Composition c = composition("Sync", 1.5);
+  addLayers(c, {audioLayer(tone, 0.5, 1.0), placed(shapeLayer(1.5, {1, 1, 1, 1}, {80, 60}), 160, 120)});
+  for (const ExportCodec codec : {ExportCodec::h264, ExportCodec::proRes4444}) {
+    const auto path = out / (codec == ExportCodec::h264 ? "sync.mp4" : "sync.mov");
+    auto result = ExportSession().exportTo(c, projectWith(c), settingsFor(c, codec), path);
+    ASSERT_TRUE(result.has_value()) << result.error().message();
+    const auto file = decodeFile(path);
+    ASSERT_TRUE(file && file->video && file->audio);
+    EXPECT_NEAR(file->video->firstFrameSeconds, 0.0, 1e-6);
+    ASSERT_TRUE(file->audio->firstSoundSeconds.has_value());
+    // 5 ms: an AAC frame of priming (1024 samples, 21 ms) left in would show.
+    EXPECT_NEAR(*file->audio->firstSoundSeconds, 0.5, 0.005) << rawValue(codec);
+  }
+}
+
 TEST_F(ExportSessionTest, RangeAndRateChooseTheFramesWritten) {
   core::Composition c = composition("Clip", 2);
   addLayers(c, {placed(videoLayer(clip, 0, 2), 160, 120)});

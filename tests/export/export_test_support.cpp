@@ -33,6 +33,11 @@ bool openDecoder(StreamDecoder& decoder, const AVStream& stream, const char* nam
   return avcodec_open2(decoder.codec, codec, nullptr) >= 0;
 }
 
+// A frame's time in seconds on its stream's clock.
+double seconds(std::int64_t timestamp, const StreamDecoder& decoder) {
+  return timestamp == AV_NOPTS_VALUE ? 0 : double(timestamp) * av_q2d(decoder.codec->pkt_timebase);
+}
+
 std::vector<std::uint8_t> toRgba(const AVFrame& frame) {
   std::vector<std::uint8_t> out(static_cast<std::size_t>(frame.width) * frame.height * 4);
   SwsContext* scaler = sws_getContext(frame.width, frame.height, static_cast<AVPixelFormat>(frame.format), frame.width,
@@ -94,6 +99,7 @@ std::optional<DecodedFile> decodeFile(const std::filesystem::path& path, const s
       if (isVideo) {
         DecodedVideo& v = *file.video;
         v.pixelFormat = av_get_pix_fmt_name(static_cast<AVPixelFormat>(frame->format));
+        if (v.frameCount == 0) v.firstFrameSeconds = seconds(frame->best_effort_timestamp, decoder);
         if (keepFrames.contains(v.frameCount)) v.pictures[v.frameCount] = toRgba(*frame);
         ++v.frameCount;
       } else {
@@ -101,7 +107,12 @@ std::optional<DecodedFile> decodeFile(const std::filesystem::path& path, const s
         a.samples += frame->nb_samples;
         const bool planar = av_sample_fmt_is_planar(static_cast<AVSampleFormat>(frame->format));
         const auto* samples = reinterpret_cast<const float*>(frame->data[0]);
-        for (int i = 0; i < frame->nb_samples; ++i) firstChannel.push_back(samples[planar ? i : i * a.channels]);
+        for (int i = 0; i < frame->nb_samples; ++i) {
+          const float sample = samples[planar ? i : i * a.channels];
+          if (!a.firstSoundSeconds && std::fabs(sample) > 0.05f)
+            a.firstSoundSeconds = seconds(frame->best_effort_timestamp, decoder) + double(i) / a.sampleRate;
+          firstChannel.push_back(sample);
+        }
       }
       av_frame_unref(frame);
     }

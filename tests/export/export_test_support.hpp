@@ -23,6 +23,7 @@ struct DecodedVideo {
   int height = 0;
   int frameCount = 0;
   double seconds = 0;       // the stream's duration
+  double firstFrameSeconds = -1;  // presentation time of the first decoded frame
   std::map<std::string, std::string> tags;  // keys in lower case
   std::map<int, std::vector<std::uint8_t>> pictures;  // frame index to RGBA
 };
@@ -33,6 +34,9 @@ struct DecodedAudio {
   int sampleRate = 0;
   std::int64_t samples = 0;  // decoded per channel
   double rms = 0;            // of the first channel over the middle half
+  // Presentation time of the first sample of the first channel louder than
+  // 0.05, as a player would sound it; none for silence.
+  std::optional<double> firstSoundSeconds;
 };
 
 struct DecodedFile {
