@@ -28,7 +28,6 @@ extern "C" {
 #include "export/export_session.hpp"
 #include "export/pixel_conversion.hpp"
 #include "media/composition_reader.hpp"
-#include "media/media_probe.hpp"
 #include "render/gui_runtime.hpp"
 #include "tests/media/media_fixtures.hpp"
 
@@ -57,20 +56,6 @@ struct Media {
   core::OVProject project;
   std::string error;
 };
-
-core::MediaAsset imported(const std::filesystem::path& path) {
-  core::MediaAsset asset;
-  asset.name = path.filename().string();
-  asset.path = path.string();
-  if (const auto probe = media::probeMediaFile(path)) {
-    asset.duration = probe->duration;
-    asset.hasVideoTrack = probe->video.has_value();
-    asset.hasAudioTrack = probe->audio.has_value();
-    asset.kind = core::MediaKind::video;
-    if (probe->video) asset.naturalSize = probe->video->displaySize;
-  }
-  return asset;
-}
 
 core::Composition footageComposition(const std::vector<core::MediaAsset>& clips) {
   core::Composition c;
@@ -145,7 +130,7 @@ Media& sharedMedia() {
           path, {.width = 1920, .height = 1080, .frameCount = 300, .keyFrameInterval = 60, .busyPicture = true,
                  .withAudio = true});
       if (!written.empty()) m->error = written;
-      m->clips.push_back(imported(path));
+      m->clips.push_back(media::testing::importedAsset(path));
     }
     m->footage = footageComposition(m->clips);
     m->motion = motionComposition();

@@ -6,7 +6,6 @@
 #include <mutex>
 
 #include "media/composition_reader.hpp"
-#include "media/media_probe.hpp"
 #include "render/gui_runtime.hpp"
 #include "tests/export/export_test_support.hpp"
 #include "tests/media/assembly_test_support.hpp"
@@ -18,21 +17,6 @@ namespace {
 using namespace media::testing;
 using namespace export_::testing;
 using core::OVTime;
-
-core::MediaAsset imported(const std::filesystem::path& path) {
-  core::MediaAsset asset;
-  asset.name = path.filename().string();
-  asset.path = path.string();
-  const auto probe = media::probeMediaFile(path);
-  EXPECT_TRUE(probe.has_value()) << path;
-  if (!probe) return asset;
-  asset.duration = probe->duration;
-  asset.hasVideoTrack = probe->video.has_value();
-  asset.hasAudioTrack = probe->audio.has_value();
-  asset.kind = asset.hasVideoTrack ? core::MediaKind::video : core::MediaKind::audio;
-  if (probe->video) asset.naturalSize = probe->video->displaySize;
-  return asset;
-}
 
 core::Layer placed(core::Layer layer, double x, double y, double opacity = 100) {
   layer.transform.position = core::AnimatedProperty::point(x, y);
@@ -68,8 +52,8 @@ class ExportSessionTest : public ::testing::Test {
   }
 
   void SetUp() override {
-    clip = imported(*media / "clip.mp4");
-    tone = imported(*media / "tone.wav");
+    clip = importedAsset(*media / "clip.mp4");
+    tone = importedAsset(*media / "tone.wav");
   }
 
   // 320 × 240, two seconds: the clip with its sound, a half-transparent

@@ -1,5 +1,7 @@
 #include "tests/media/media_fixtures.hpp"
 
+#include "media/media_import_service.hpp"
+
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
@@ -351,6 +353,15 @@ std::string writeBytes(const std::filesystem::path& path, const std::string& byt
   std::ofstream file(path, std::ios::binary);
   file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   return file ? std::string{} : "cannot write " + path.string();
+}
+
+core::MediaAsset importedAsset(const std::filesystem::path& path) {
+  auto asset = MediaImportService::importAsset(path);
+  if (asset) return std::move(*asset);
+  core::MediaAsset empty;
+  empty.name = path.filename().string();
+  empty.path = path.string();
+  return empty;
 }
 
 }  // namespace orvane::media::testing

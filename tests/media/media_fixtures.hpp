@@ -14,6 +14,7 @@
 
 #include "core/frame_rate.hpp"
 #include "core/geometry.hpp"
+#include "core/media_asset.hpp"
 #include "render/image.hpp"
 
 namespace orvane::media::testing {
@@ -68,6 +69,10 @@ struct VideoClipSpec {
 
 // Writes a clip into an MP4 (or MOV/MKV by the extension of path).
 std::string writeVideoClip(const std::filesystem::path& path, const VideoClipSpec& spec);
+
+// The record that importing the file writes; an empty one (named after the
+// file) when import refuses it, for the caller's checks to fail on.
+core::MediaAsset importedAsset(const std::filesystem::path& path);
 
 // The frame number drawn into a decoded picture of a clip of the default
 // layout; none when a block is neither clearly black nor clearly white.

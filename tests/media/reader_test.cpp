@@ -5,7 +5,7 @@
 #include <cmath>
 #include <fstream>
 
-#include "media/media_probe.hpp"
+#include "document/media_access.hpp"
 #include "tests/media/assembly_test_support.hpp"
 #include "tests/media/media_fixtures.hpp"
 
@@ -14,22 +14,6 @@ namespace {
 
 using namespace testing;
 using core::OVTime;
-
-// A record as import writes it, from the file's probe.
-core::MediaAsset imported(const std::filesystem::path& path) {
-  core::MediaAsset asset;
-  asset.name = path.filename().string();
-  asset.path = path.string();
-  const auto probe = probeMediaFile(path);
-  EXPECT_TRUE(probe.has_value()) << path;
-  if (!probe) return asset;
-  asset.duration = probe->duration;
-  asset.hasVideoTrack = probe->video.has_value();
-  asset.hasAudioTrack = probe->audio.has_value();
-  asset.kind = asset.hasVideoTrack ? core::MediaKind::video : core::MediaKind::audio;
-  if (probe->video) asset.naturalSize = probe->video->displaySize;
-  return asset;
-}
 
 double rms(const std::vector<float>& stereo, int channel, double fromSeconds, double toSeconds, int rate = 48000) {
   const auto first = static_cast<std::size_t>(fromSeconds * rate), last = static_cast<std::size_t>(toSeconds * rate);
@@ -62,10 +46,10 @@ class ReaderTest : public ::testing::Test {
   }
 
   void SetUp() override {
-    a = imported(*media / "a.mp4");
-    b = imported(*media / "b.mp4");
-    c = imported(*media / "c.mp4");
-    tone = imported(*media / "tone.wav");
+    a = importedAsset(*media / "a.mp4");
+    b = importedAsset(*media / "b.mp4");
+    c = importedAsset(*media / "c.mp4");
+    tone = importedAsset(*media / "tone.wav");
     main = composition("Main", 5);
     main.backgroundColor = {1, 0, 0, 1};
     inner = composition("Inner", 1);
@@ -158,7 +142,10 @@ TEST_F(ReaderTest, VolumeFadesAndPanShapeTheTone) {
 
 TEST_F(ReaderTest, FileGoneBeforeAssemblyOrReadingGivesTheMissingMediaSentence) {
   ASSERT_EQ(writeVideoClip(*media / "gone.mp4", {.frameCount = 10}), "");
-  const core::MediaAsset gone = imported(*media / "gone.mp4");
+  const core::MediaAsset gone = importedAsset(*media / "gone.mp4");
+  // As in a later session: the file is found by its stored path, not by the
+  // access import opened (which outlives the file, as the platform's does).
+  document::MediaAccessManager::shared().release(gone.id);
   core::Composition withGone = main;
   withGone.insert(centred(videoLayer(gone, 0, 1)), 0);
   const core::OVProject p = projectOf({withGone, inner}, {a, b, c, tone, gone});
