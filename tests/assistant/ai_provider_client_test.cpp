@@ -145,10 +145,15 @@ TEST_F(ProviderClientTest, WithoutToolsNeitherToolsNorToolChoiceTravel) {
   const AICompletionRequest plain{"", {AIUserItem{"hello"}}, {}};
   ASSERT_TRUE(AIProviderClient::complete(claude(), plain));
   ASSERT_TRUE(AIProviderClient::complete(openAI(), plain));
-  for (const auto& request : server.requests()) {
+  const auto requests = server.requests();
+  ASSERT_EQ(requests.size(), 2u);
+  for (const auto& request : requests) {
     EXPECT_FALSE(request.json().contains("tools")) << request.path;
     EXPECT_FALSE(request.json().contains("tool_choice")) << request.path;
   }
+  // An empty system text still travels, in each format's place for it.
+  EXPECT_EQ(requests[0].json()["system"], "");
+  EXPECT_EQ(requests[1].json()["messages"][0], json({{"role", "system"}, {"content", ""}}));
 }
 
 TEST_F(ProviderClientTest, AnEmptyReplyPassesInTheAnthropicFormatOnly) {

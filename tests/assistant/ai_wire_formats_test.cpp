@@ -79,20 +79,6 @@ TEST(AIWireRequestTest, OpenAIBodyPutsTheSystemFirstAndOneToolMessagePerResult) 
   EXPECT_EQ(body, expected) << body.dump(2);
 }
 
-TEST(AIWireRequestTest, WithoutToolsNeitherFormatSendsToolsOrToolChoice) {
-  const AICompletionRequest request{"", {AIUserItem{"ping"}}, {}};
-  const json anthropic = wire::anthropicRequestBody(request, "m");
-  EXPECT_FALSE(anthropic.contains("tools"));
-  EXPECT_FALSE(anthropic.contains("tool_choice"));
-  ASSERT_TRUE(anthropic.contains("system"));
-  EXPECT_EQ(anthropic["system"], "");
-  const json openAI = wire::openAIRequestBody(request, "m");
-  EXPECT_FALSE(openAI.contains("tools"));
-  EXPECT_FALSE(openAI.contains("tool_choice"));
-  EXPECT_FALSE(openAI.contains("max_tokens"));
-  EXPECT_EQ(openAI["messages"][0], json({{"role", "system"}, {"content", ""}}));
-}
-
 TEST(AIWireAnthropicReplyTest, JoinsTextPartsAndReadsToolUses) {
   const auto reply = wire::readAnthropicReply(R"({
     "content": [
