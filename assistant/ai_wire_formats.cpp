@@ -295,38 +295,41 @@ WireResult<AICompletionResponse> openAIReply(std::string_view bytes) {
   return response;
 }
 
-WireResult<std::vector<AIModelInfo>> anthropicModels(std::string_view bytes) {
+namespace {
+
+// Each element of the reply's "data" list with a non-empty string id, in
+// the server's order; the display name from displayNameKey when that is a
+// non-blank string, else the id.
+WireResult<std::vector<AIModelInfo>> modelList(std::string_view bytes, const char* missingText,
+                                               const char* displayNameKey) {
   auto reply = parseReply(bytes);
   if (auto* failure = std::get_if<AIProviderError>(&reply)) return std::move(*failure);
-  const json& parsed = std::get<json>(reply);
-  const json* data = objectList(parsed, "data");
-  if (data == nullptr) return AIProviderError::decoding("Claude models list missing");
+  const json* data = objectList(std::get<json>(reply), "data");
+  if (data == nullptr) return AIProviderError::decoding(missingText);
   std::vector<AIModelInfo> models;
   for (const auto& element : *data) {
     auto id = stringMember(element, "id");
     if (!id || id->empty()) continue;
-    std::string name = core::trimmed(stringMember(element, "display_name").value_or(""));
+    std::string name = displayNameKey ? core::trimmed(stringMember(element, displayNameKey).value_or("")) : "";
     models.push_back({*id, name.empty() ? *id : std::move(name)});
   }
   return models;
 }
 
+}  // namespace
+
+WireResult<std::vector<AIModelInfo>> anthropicModels(std::string_view bytes) {
+  return modelList(bytes, "Claude models list missing", "display_name");
+}
+
 WireResult<std::vector<AIModelInfo>> openAIModels(std::string_view bytes) {
-  auto reply = parseReply(bytes);
-  if (auto* failure = std::get_if<AIProviderError>(&reply)) return std::move(*failure);
-  const json& parsed = std::get<json>(reply);
-  const json* data = objectList(parsed, "data");
-  if (data == nullptr) return AIProviderError::decoding("OpenAI models list missing");
-  std::vector<AIModelInfo> models;
-  for (const auto& element : *data) {
-    auto id = stringMember(element, "id");
-    if (!id || id->empty()) continue;
-    models.push_back({*id, *id});
+  auto models = modelList(bytes, "OpenAI models list missing", nullptr);
+  if (auto* list = std::get_if<std::vector<AIModelInfo>>(&models)) {
+    std::stable_sort(list->begin(), list->end(), [](const AIModelInfo& a, const AIModelInfo& b) {
+      const int rankA = modelChatRank(a.id), rankB = modelChatRank(b.id);
+      return rankA != rankB ? rankA < rankB : a.id < b.id;
+    });
   }
-  std::stable_sort(models.begin(), models.end(), [](const AIModelInfo& a, const AIModelInfo& b) {
-    const int rankA = modelChatRank(a.id), rankB = modelChatRank(b.id);
-    return rankA != rankB ? rankA < rankB : a.id < b.id;
-  });
   return models;
 }
 
